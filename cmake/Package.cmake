@@ -1,0 +1,17 @@
+# `cpack --preset release` makes an archive, and a Debian package where its tools are.
+set(CPACK_PACKAGE_NAME zan)
+set(CPACK_PACKAGE_VENDOR "ZAN")
+set(CPACK_PACKAGE_CONTACT "ZAN developers <zan@localhost>")
+set(CPACK_PACKAGE_FILE_NAME zan-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR})
+set(CPACK_STRIP_FILES ON)
+set(CPACK_GENERATOR TGZ)
+
+find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
+mark_as_advanced(DPKG_SHLIBDEPS)
+if(DPKG_SHLIBDEPS)
+  list(APPEND CPACK_GENERATOR DEB)
+  set(CPACK_DEBIAN_PACKAGE_SECTION editors)
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+  set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+endif()
+include(CPack)

@@ -1,0 +1,63 @@
+# Tells the files that know the Editor or the terminal from those that do not.
+
+# Sets `out` to whether `file` includes one of `headers` (paths as they stand in the #include lines).
+function(zan_includes_any out file headers)
+  file(STRINGS ${PROJECT_SOURCE_DIR}/${file} lines REGEX "^#include \"")
+  set(${out} FALSE PARENT_SCOPE)
+  foreach(line IN LISTS lines)
+    string(REGEX REPLACE "^#include \"([^\"]+)\".*" "\\1" header "${line}")
+    if(header IN_LIST headers)
+      set(${out} TRUE PARENT_SCOPE)
+    endif()
+  endforeach()
+  # A new include may move a file to the other side.
+  set_property(DIRECTORY ${PROJECT_SOURCE_DIR} APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
+endfunction()
+
+# Sets `out` to the headers of `rooms` that lead to app/editor.h or screen/curses.h, these two included.
+function(zan_editor_headers out rooms)
+  set(found app/editor.h screen/curses.h)
+  list(TRANSFORM rooms REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/\\1/*.h" OUTPUT_VARIABLE globs)
+  file(GLOB headers RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS ${globs})
+  set(growing TRUE)
+  while(growing)
+    set(growing FALSE)
+    foreach(header IN LISTS headers)
+      zan_includes_any(leads ${header} "${found}")
+      if(leads AND NOT header IN_LIST found)
+        list(APPEND found ${header})
+        set(growing TRUE)
+      endif()
+    endforeach()
+  endwhile()
+  set(${out} ${found} PARENT_SCOPE)
+endfunction()
+
+# zan_split_sources(CORE EDITOR ROOMS room... [PATTERN glob] [EXCLUDE file...]): the .cpp files of the rooms
+# (folders of the project), relative to its root, as two lists.
+function(zan_split_sources core editor)
+  cmake_parse_arguments(arg "" "PATTERN" "ROOMS;EXCLUDE" ${ARGN})
+  if(NOT arg_PATTERN)
+    set(arg_PATTERN "*.cpp")
+  endif()
+  zan_editor_headers(editor_headers "text;search;command;files;screen;app")
+  list(TRANSFORM arg_ROOMS REPLACE "(.+)" "${PROJECT_SOURCE_DIR}/\\1/${arg_PATTERN}" OUTPUT_VARIABLE globs)
+  file(GLOB sources RELATIVE ${PROJECT_SOURCE_DIR} CONFIGURE_DEPENDS ${globs})
+  list(REMOVE_ITEM sources "" ${arg_EXCLUDE})
+  foreach(source IN LISTS sources)
+    zan_includes_any(knows_editor ${source} "${editor_headers}")
+    list(APPEND split_${knows_editor} ${source})
+  endforeach()
+  set(${core} ${split_FALSE} PARENT_SCOPE)
+  set(${editor} ${split_TRUE} PARENT_SCOPE)
+endfunction()
+
+# A static library of `sources`, or an empty one while there are none.
+function(zan_add_library name)
+  if(ARGN)
+    add_library(${name} STATIC ${ARGN})
+  else()
+    file(WRITE ${PROJECT_BINARY_DIR}/${name}_empty.cpp "")
+    add_library(${name} STATIC ${PROJECT_BINARY_DIR}/${name}_empty.cpp)
+  endif()
+endfunction()
