@@ -1,0 +1,94 @@
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace zan {
+
+// A counted reference to a T, which keeps the count in its member `refs`. The counts are plain integers:
+// texts belong to one thread.
+template <typename T> class Ref {
+ public:
+  Ref() = default;
+  explicit Ref(std::unique_ptr<T> owned) : target_(owned.release()) { retain(); }
+  Ref(const Ref& other) : target_(other.target_) { retain(); }
+  Ref(Ref&& other) noexcept : target_(std::exchange(other.target_, nullptr)) {}
+  Ref& operator=(Ref other) noexcept {
+    std::swap(target_, other.target_);
+    return *this;
+  }
+  ~Ref() {
+    if (target_ != nullptr && --target_->refs == 0) std::unique_ptr<T>(target_).reset();
+  }
+
+  T* get() const { return target_; }
+  T* operator->() const { return target_; }
+  T& operator*() const { return *target_; }
+  explicit operator bool() const { return target_ != nullptr; }
+  friend bool operator==(const Ref&, const Ref&) = default;
+
+ private:
+  void retain() {
+    if (target_ != nullptr) ++target_->refs;
+  }
+  T* target_ = nullptr;
+};
+
+std::uint64_t count_breaks(std::string_view bytes); // line feeds; far faster than a read of the file was
+
+// Bytes at a fixed address that are appended to, never changed: views into it live as long as the block.
+// Several texts may append to one block, for each refers only to what it wrote itself.
+class Block {
+ public:
+  static Ref<Block> make(std::size_t capacity);
+  explicit Block(std::size_t capacity);
+
+  std::string_view view(std::size_t start, std::size_t length) const {
+    return {storage_.get() + start, length};
+  }
+  std::size_t capacity() const { return capacity_; }
+  std::size_t used() const { return used_; }
+  std::size_t room() const { return capacity_ - used_; }
+
+  // At most room() bytes.
+  void append(std::string_view bytes) {
+    std::copy_n(bytes.data(), bytes.size(), storage_.get() + used_);
+    used_ += bytes.size();
+  }
+  // For whoever fills a block that no text refers to yet: the storage, and how much of it is text.
+  char* data() { return storage_.get(); }
+  void set_used(std::size_t used) { used_ = used; }
+
+  std::uint64_t breaks_in(std::size_t begin, std::size_t end) const;
+  // Offset of the line feed that `nth` others precede from `begin` on; there must be so many.
+  std::size_t find_break(std::size_t begin, std::uint64_t nth) const;
+  // Brings the index of line feeds up to used(). Queries do so too; calling it while the bytes are in the
+  // cache spares them a pass over memory.
+  void extend_index() const;
+
+  std::uint64_t refs = 0;
+
+ private:
+  struct Free {
+    std::size_t mapped = 0; // bytes mapped, or 0: allocated
+    void operator()(char* storage) const;
+  };
+
+  static std::unique_ptr<char, Free> allocate(std::size_t capacity);
+  std::uint64_t breaks_before(std::size_t offset) const;
+
+  std::unique_ptr<char, Free> storage_;
+  std::size_t capacity_;
+  std::size_t used_ = 0;
+  mutable std::vector<std::uint64_t>
+      index_; // line feeds in the first 1, 2, 3 ... strides: 1/512 of the bytes
+};
+
+using BlockRef = Ref<Block>;
+
+} // namespace zan

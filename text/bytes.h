@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cctype>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+// Character classes and case of single bytes, in the "C" locale: only ASCII letters change case, bytes above
+// 127 belong to no class. This is the one place that calls <cctype>, which is undefined for negative chars.
+namespace zan {
+
+inline unsigned char to_byte(char c) { return static_cast<unsigned char>(c); }
+inline bool is_space(char c) { return std::isspace(to_byte(c)) != 0; }
+inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
+inline bool is_alpha(char c) { return std::isalpha(to_byte(c)) != 0; }
+inline bool is_punct(char c) { return std::ispunct(to_byte(c)) != 0; }
+inline bool is_lower(char c) { return std::islower(to_byte(c)) != 0; }
+inline bool is_upper(char c) { return std::isupper(to_byte(c)) != 0; }
+inline char to_upper(char c) { return static_cast<char>(std::toupper(to_byte(c))); }
+inline char to_lower(char c) { return static_cast<char>(std::tolower(to_byte(c))); }
+
+std::string_view trim(std::string_view text); // without leading and trailing white space
+std::string upper(std::string_view text);
+std::string lower(std::string_view text);
+bool starts_with_ci(std::string_view text, std::string_view prefix);
+// Without one pair of surrounding double quotes, when text has at least two bytes and both ends are quotes.
+std::string_view strip_optional_quotes(std::string_view text);
+bool all_digits(std::string_view text); // false for ""
+
+// The whole of `text` as a decimal number: digits only. Nothing for "", any other byte, or overflow.
+std::optional<std::uint64_t> parse_digits(std::string_view text);
+// As the C library's strtol converts into an int: leading white space, a sign, digits, anything after them.
+// Nothing when there are no digits or the value does not fit.
+std::optional<int> parse_int_prefix(std::string_view text);
+
+} // namespace zan

@@ -1,0 +1,53 @@
+#include "text/line_store.h"
+
+namespace zan {
+
+namespace {
+
+constexpr std::size_t kFirstBlock = 512; // later blocks double
+constexpr std::size_t kLastBlock = 16 * 1024 * 1024;
+constexpr std::uint64_t kShareFrom = 1024; // a shared stretch costs a node of a tenth of this
+
+} // namespace
+
+void LineStoreBuilder::append(const LineStore& source, std::uint64_t begin, std::uint64_t end) {
+  visit_pieces(source.root_, begin, end, [&](const Piece& piece, std::uint64_t from, std::uint64_t to) {
+    if (to - from >= kShareFrom) {
+      append_piece(piece.part(from, to));
+    } else {
+      append_marked(piece.bytes().substr(from, to - from), piece.literal);
+    }
+  });
+}
+
+void LineStoreBuilder::append_piece(Piece piece) {
+  flush_run();
+  if (!pieces_.empty() && pieces_.back().absorb(piece)) return;
+  pieces_.push_back(std::move(piece));
+}
+
+// A run is what one piece will hold: bytes of one kind in one block. Makes room for `size` more bytes.
+void LineStoreBuilder::start_run(std::size_t size, bool literal) {
+  flush_run();
+  run_literal_ = literal;
+  if (block_ && block_->room() >= size) return;
+  const std::size_t doubled = std::clamp(block_ ? 2 * block_->capacity() : 0, kFirstBlock, kLastBlock);
+  block_ = Block::make(std::max(size, doubled));
+  run_start_ = 0;
+}
+
+// Counts the line feeds of the run at once, which is far cheaper than per append.
+void LineStoreBuilder::flush_run() {
+  if (!block_ || block_->used() == run_start_) return;
+  const std::size_t begin = std::exchange(run_start_, block_->used());
+  pieces_.push_back(Piece(block_, begin, run_start_, run_literal_));
+}
+
+LineStore LineStoreBuilder::finish() {
+  flush_run();
+  LineStore result(tree_of(std::span(pieces_)));
+  *this = {};
+  return result;
+}
+
+} // namespace zan

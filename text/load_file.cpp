@@ -1,0 +1,158 @@
+#include "text/load_file.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zan {
+
+namespace {
+
+constexpr std::size_t kReadSize = 256 * 1024; // small enough that what was read is still in the cache
+// Blocks for bytes beyond the size that the file was said to have: a pipe has none, others may grow.
+constexpr std::size_t kFirstExtraBlock = 64 * 1024;
+constexpr std::size_t kLastExtraBlock = 64 * 1024 * 1024;
+
+class InputFile {
+ public:
+  explicit InputFile(const std::string& path) {
+    do {
+      descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
+    } while (descriptor_ < 0 && errno == EINTR);
+    struct stat status {};
+    readable_ = descriptor_ >= 0 && fstat(descriptor_, &status) == 0 && !S_ISDIR(status.st_mode);
+    if (readable_ && S_ISREG(status.st_mode)) size_ = static_cast<std::size_t>(status.st_size);
+  }
+  InputFile(const InputFile&) = delete;
+  InputFile& operator=(const InputFile&) = delete;
+  ~InputFile() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+
+  bool readable() const { return readable_; }
+  std::size_t size() const { return size_; } // what is known of it; 0 for a pipe
+
+  // Bytes read, 0 only at the end (size > 0); nothing on error.
+  std::optional<std::size_t> read_some(char* into, std::size_t size) {
+    for (;;) {
+      const auto count = read(descriptor_, into, size);
+      if (count >= 0) return static_cast<std::size_t>(count);
+      if (errno != EINTR) return std::nullopt;
+    }
+  }
+
+ private:
+  int descriptor_ = -1;
+  bool readable_ = false;
+  std::size_t size_ = 0;
+};
+
+// Collects the text as it comes in. A carriage return at the end of what was read so far lies after the used
+// part of the block until the next byte shows whether it ends a line.
+class Loader {
+ public:
+  explicit Loader(std::size_t size_hint) : block_(Block::make(size_hint + 1)) {} // 1: to see the end in it
+
+  // Reads once: bytes read, or nothing on error.
+  std::optional<std::size_t> read_from(InputFile& file) {
+    if (block_->room() == held()) next_block();
+    const std::size_t begin = block_->used();
+    const std::size_t end = begin + held();
+    const auto count = file.read_some(block_->data() + end, std::min(block_->capacity() - end, kReadSize));
+    if (count && *count > 0) {
+      last_byte_ = block_->data()[end + *count - 1];
+      block_->set_used(squeeze(begin, end + *count) - held());
+      block_->extend_index();
+    }
+    return count;
+  }
+
+  LoadedText finish() {
+    close_block();
+    LineStore lines = builder_.finish();
+    if (last_byte_ == '\n') lines.erase(lines.byte_count() - 1, lines.byte_count());
+    return {std::move(lines), !last_byte_ || last_byte_ == '\n'};
+  }
+
+ private:
+  std::size_t held() const { return last_byte_ == '\r' ? 1 : 0; }
+
+  // Moves [begin, end) of the block together over the carriage returns before line feeds; the new end.
+  std::size_t squeeze(std::size_t begin, std::size_t end) {
+    char* const data = block_->data();
+    const void* found = std::memchr(data + begin, '\r', end - begin);
+    if (found == nullptr) return end;
+    std::size_t to = static_cast<std::size_t>(static_cast<const char*>(found) - data);
+    bool kept_return = false;
+    // Branch-free: a file of carriage returns only takes no longer than one of lines.
+    for (std::size_t from = to; from + 1 < end; ++from) {
+      const bool is_return = data[from] == '\r';
+      const bool dropped = is_return && data[from + 1] == '\n';
+      kept_return |= is_return && !dropped;
+      data[to] = data[from];
+      to += dropped ? 0 : 1;
+    }
+    data[to] = data[end - 1];
+    returns_ |= kept_return;
+    return to + 1;
+  }
+
+  void close_block() {
+    if (block_->used() == 0) return;
+    Piece piece;
+    piece.block = block_;
+    piece.length = block_->used();
+    piece.breaks = block_->breaks_in(0, block_->used());
+    piece.returns = returns_;
+    builder_.append_piece(std::move(piece));
+    total_ += block_->used();
+  }
+
+  void next_block() {
+    close_block();
+    returns_ = false;
+    block_ = Block::make(std::clamp(total_, kFirstExtraBlock, kLastExtraBlock));
+    if (held() > 0) block_->data()[0] = '\r';
+  }
+
+  BlockRef block_;
+  LineStoreBuilder builder_;
+  std::size_t total_ = 0;         // bytes handed over
+  std::optional<char> last_byte_; // that was read
+  bool returns_ = false;          // in this block, the held one aside
+};
+
+} // namespace
+
+std::optional<LoadedText> load_file(const std::string& path) {
+  InputFile file(path);
+  if (!file.readable()) return std::nullopt;
+  Loader loader(file.size());
+  for (;;) {
+    const auto count = loader.read_from(file);
+    if (!count) return std::nullopt;
+    if (*count == 0) return loader.finish();
+  }
+}
+
+std::optional<std::string> read_whole_file(const std::string& path) {
+  InputFile file(path);
+  if (!file.readable()) return std::nullopt;
+  std::string bytes;
+  std::size_t used = 0;
+  for (;;) {
+    if (used == bytes.size()) bytes.resize(std::max({file.size() + 1, 2 * used, kFirstExtraBlock}));
+    const auto count = file.read_some(bytes.data() + used, bytes.size() - used);
+    if (!count) return std::nullopt;
+    used += *count;
+    if (*count > 0) continue;
+    bytes.resize(used);
+    return bytes;
+  }
+}
+
+} // namespace zan

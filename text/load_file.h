@@ -1,0 +1,24 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "text/line_store.h"
+
+namespace zan {
+
+struct LoadedText {
+  LineStore lines;
+  bool final_newline = true; // the file was empty or ended with a line feed
+};
+
+// The file's lines: a line feed at the very end starts no further line, and one carriage return is removed
+// from the end of each line, also of a last one without line feed. Nothing when the file cannot be opened, is
+// a directory, or fails to be read to its end: part of a file never passes for the whole. A single pass, in
+// which the file is read to where its text then stays.
+std::optional<LoadedText> load_file(const std::string& path);
+
+// The file's bytes as they are. Nothing as above.
+std::optional<std::string> read_whole_file(const std::string& path);
+
+} // namespace zan
