@@ -1,0 +1,402 @@
+#include "text/text_buffer.h"
+
+#include <algorithm>
+#include <array>
+
+#include "text/bytes.h"
+#include "text/load_file.h"
+
+using zan::LineStore;
+using zan::LineStoreBuilder;
+using zan::LineWalker;
+using zan::Position;
+
+namespace {
+
+// The lines of `text` without one carriage return at each line's end.
+LineStore without_returns(const LineStore& text) {
+  if (!text.may_hold_returns()) return text;
+  LineStoreBuilder builder;
+  LineWalker walker(text, 0);
+  std::string_view line;
+  for (bool first = true; walker.next(line); first = false) {
+    if (!first) builder.append_break();
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    builder.append_bytes(line);
+  }
+  return builder.finish();
+}
+
+using ByteSet = std::array<bool, 256>;
+
+ByteSet byte_set(std::string_view bytes) {
+  ByteSet set{};
+  for (const char c : bytes) set[zan::to_byte(c)] = true;
+  return set;
+}
+
+// The first offset in [begin, end) whose byte is in `set` (or is not, when `member` is false), or end.
+std::uint64_t scan_forward(const LineStore& lines, std::uint64_t begin, std::uint64_t end, const ByteSet& set,
+                           bool member) {
+  zan::PieceWalker walker(lines, begin, end);
+  for (zan::Chunk chunk; walker.next(chunk);) {
+    const auto found =
+        std::ranges::find_if(chunk.bytes, [&](char c) { return set[zan::to_byte(c)] == member; });
+    if (found != chunk.bytes.end())
+      return chunk.offset + static_cast<std::uint64_t>(found - chunk.bytes.begin());
+  }
+  return end;
+}
+
+// The offset after the last byte of [begin, end) that is in `set` (or is not, when `member` is false), or
+// begin.
+std::uint64_t scan_backward(const LineStore& lines, std::uint64_t begin, std::uint64_t end,
+                            const ByteSet& set, bool member) {
+  zan::PieceWalker walker(lines, begin, end);
+  for (zan::Chunk chunk; walker.previous(chunk);) {
+    for (std::size_t i = chunk.bytes.size(); i > 0; --i)
+      if (set[zan::to_byte(chunk.bytes[i - 1])] == member) return chunk.offset + i;
+  }
+  return begin;
+}
+
+} // namespace
+
+// ---- reading
+
+LineStore TextBuffer::text() const {
+  LineStore result = lines_;
+  if (final_newline_ && !lines_.empty()) result.insert_text(result.byte_count(), "\n");
+  return result;
+}
+
+LineStore TextBuffer::text_in_span(std::uint64_t r1, std::uint64_t c1, std::uint64_t r2,
+                                   std::uint64_t c2) const {
+  if (r1 >= line_count() || r2 < r1) return {};
+  const std::uint64_t begin = lines_.offset_of({r1, c1});
+  const std::uint64_t last = std::min(r2, line_count() - 1);
+  const std::uint64_t end = lines_.offset_of({last, c2});
+  return begin < end ? lines_.substore(begin, end) : LineStore();
+}
+
+std::optional<LineStore> TextBuffer::lines_in_range(std::uint64_t first, std::uint64_t last) const {
+  if (first >= line_count() || last < first) return std::nullopt;
+  return lines_.substore(lines_.line_start(first), lines_.line_end(std::min(last, line_count() - 1)));
+}
+
+// ---- whole text
+
+bool TextBuffer::load(const std::string& path) {
+  filename_ = path;
+  clear_mark();
+  auto loaded = zan::load_file(path);
+  lines_ = loaded ? std::move(loaded->lines) : LineStore();
+  final_newline_ = loaded ? loaded->final_newline : true;
+  modified_ = false;
+  return loaded.has_value();
+}
+
+void TextBuffer::set_text(const LineStore& text) {
+  LineStore lines = text.with_literals_as_breaks();
+  final_newline_ = lines.ends_with_break();
+  if (final_newline_) lines.erase(lines.byte_count() - 1, lines.byte_count());
+  lines_ = without_returns(lines);
+  clear_mark();
+  modified_ = true;
+}
+
+void TextBuffer::clear() {
+  lines_ = LineStore();
+  clear_mark();
+  final_newline_ = true;
+  modified_ = true;
+}
+
+void TextBuffer::ensure_row(std::uint64_t row) {
+  if (row < line_count()) return;
+  lines_.insert_text(lines_.byte_count(),
+                     std::string(static_cast<std::size_t>(row - line_count() + 1), '\n'));
+}
+
+void TextBuffer::replace_lines(LineStore lines) {
+  lines_ = std::move(lines);
+  modified_ = true;
+}
+
+// ---- character edits
+
+void TextBuffer::insert_char(std::uint64_t row, std::uint64_t col, char c) {
+  ensure_row(row);
+  const std::uint64_t begin = lines_.line_start(row);
+  col = std::min(col, lines_.line_end(row) - begin);
+  lines_.insert_bytes(begin + col, std::string_view(&c, 1));
+  if (has_mark_ && mark_row_ == row && mark_col_ >= col) ++mark_col_;
+  modified_ = true;
+}
+
+void TextBuffer::split_line(std::uint64_t row, std::uint64_t col) {
+  insert_text(row, col, LineStore::from_text("\n"));
+}
+
+char TextBuffer::backspace(std::uint64_t& row, std::uint64_t& col) {
+  if (row >= line_count()) return 0;
+  if (col == 0) {
+    if (row == 0) return 0;
+    col = line_length(--row);
+    join_with_next(row);
+    return '\n';
+  }
+  const std::uint64_t begin = lines_.line_start(row);
+  if (col > lines_.line_end(row) - begin) return 0;
+  --col;
+  const char removed = lines_.byte_at(begin + col);
+  lines_.erase(begin + col, begin + col + 1);
+  mark_on_erase_chars(row, col, 1);
+  modified_ = true;
+  return removed;
+}
+
+char TextBuffer::delete_at(std::uint64_t row, std::uint64_t col) {
+  if (row >= line_count()) return 0;
+  const std::uint64_t begin = lines_.line_start(row);
+  if (col < lines_.line_end(row) - begin) {
+    const char removed = lines_.byte_at(begin + col);
+    lines_.erase(begin + col, begin + col + 1);
+    mark_on_erase_chars(row, col, 1);
+    modified_ = true;
+    return removed;
+  }
+  if (row + 1 >= line_count()) return 0;
+  join_with_next(row);
+  return '\n';
+}
+
+LineStore TextBuffer::delete_to_eol(std::uint64_t row, std::uint64_t col) {
+  if (row >= line_count()) return {};
+  const std::uint64_t begin = lines_.offset_of({row, col});
+  const std::uint64_t end = lines_.line_end(row);
+  LineStore removed = lines_.substore(begin, end);
+  lines_.erase(begin, end);
+  if (has_mark_ && mark_row_ == row) mark_col_ = std::min(mark_col_, line_length(row));
+  modified_ = true;
+  return removed;
+}
+
+LineStore TextBuffer::delete_to_bol(std::uint64_t row, std::uint64_t& col) {
+  if (row >= line_count()) return {};
+  const std::uint64_t begin = lines_.line_start(row);
+  const std::uint64_t end = lines_.offset_of({row, col});
+  LineStore removed = lines_.substore(begin, end);
+  lines_.erase(begin, end);
+  mark_on_erase_chars(row, 0, end - begin);
+  col = 0;
+  modified_ = true;
+  return removed;
+}
+
+LineStore TextBuffer::delete_word_forward(std::uint64_t row, std::uint64_t& col,
+                                          std::string_view delimiters) {
+  if (row >= line_count() || col >= line_length(row)) return {};
+  const ByteSet set = byte_set(delimiters);
+  const std::uint64_t begin = lines_.offset_of({row, col});
+  const std::uint64_t line_end = lines_.line_end(row);
+  const std::uint64_t word = scan_forward(lines_, begin, line_end, set, false);
+  const std::uint64_t end = scan_forward(lines_, word, line_end, set, true);
+  LineStore removed = lines_.substore(begin, end);
+  lines_.erase(begin, end);
+  mark_on_erase_chars(row, col, end - begin);
+  modified_ = true;
+  return removed;
+}
+
+LineStore TextBuffer::delete_word_backward(std::uint64_t& row, std::uint64_t& col,
+                                           std::string_view delimiters) {
+  if (row >= line_count()) return {};
+  if (col == 0) {
+    if (row == 0) return {};
+    col = line_length(--row);
+    join_with_next(row);
+  }
+  const ByteSet set = byte_set(delimiters);
+  const std::uint64_t line_begin = lines_.line_start(row);
+  const std::uint64_t end = lines_.offset_of({row, col});
+  col = end - line_begin;
+  if (col == 0) return {};
+  const std::uint64_t word_end = scan_backward(lines_, line_begin, end, set, false);
+  const std::uint64_t begin = scan_backward(lines_, line_begin, word_end, set, true);
+  col = begin - line_begin;
+  LineStore removed = lines_.substore(begin, end);
+  lines_.erase(begin, end);
+  mark_on_erase_chars(row, col, end - begin);
+  modified_ = true;
+  return removed;
+}
+
+void TextBuffer::insert_text(std::uint64_t& row, std::uint64_t& col, const LineStore& text) {
+  if (text.empty()) return;
+  const LineStore lines = text.with_literals_as_breaks();
+  ensure_row(row);
+  const std::uint64_t clamped = std::min(col, line_length(row));
+  lines_.insert(lines_.offset_of({row, clamped}), lines);
+  mark_on_insert({row, clamped}, lines);
+  const std::uint64_t last = lines.line_count() - 1;
+  // A column beyond the line's end stays as far beyond it: only the bytes were put at the end.
+  col = last == 0 ? col + lines.byte_count() : lines.line_length(last);
+  row += last;
+  modified_ = true;
+}
+
+void TextBuffer::replace_in_line(std::uint64_t row, std::uint64_t col, std::uint64_t length,
+                                 std::string_view bytes) {
+  const std::uint64_t begin = lines_.offset_of({row, col});
+  const std::uint64_t end = std::min(begin + length, lines_.line_end(row));
+  if (lines_.slice(begin, end).get() == bytes) return;
+  lines_.erase(begin, end);
+  lines_.insert_bytes(begin, bytes);
+  modified_ = true;
+}
+
+// ---- spans and lines
+
+LineStore TextBuffer::delete_span(std::uint64_t r1, std::uint64_t c1, std::uint64_t r2, std::uint64_t c2) {
+  LineStore removed = text_in_span(r1, c1, r2, c2);
+  if (removed.empty()) return removed;
+  r2 = std::min(r2, line_count() - 1);
+  const Position start{r1, std::min(c1, line_length(r1))};
+  const Position end{r2, std::min(c2, line_length(r2))};
+  mark_on_delete_span(start, end);
+  lines_.erase(lines_.offset_of(start), lines_.offset_of(end));
+  clamp_mark();
+  modified_ = true;
+  return removed;
+}
+
+LineStore TextBuffer::delete_range(std::uint64_t first, std::uint64_t last) {
+  if (first >= line_count() || last < first) return {};
+  last = std::min(last, line_count() - 1);
+  const bool to_end = last + 1 == line_count();
+  const std::uint64_t begin = lines_.line_start(first);
+  LineStore removed = lines_.substore(begin, lines_.line_end(last));
+  removed.insert_text(removed.byte_count(), "\n");
+  // The last line has no break of its own: the one before the range goes with it.
+  if (to_end) {
+    lines_.erase(begin == 0 ? 0 : begin - 1, lines_.byte_count());
+  } else {
+    lines_.erase(begin, lines_.line_start(last + 1));
+  }
+  if (has_mark_ && mark_row_ > last) {
+    mark_row_ -= last - first + 1;
+  } else if (has_mark_ && mark_row_ >= first) {
+    mark_row_ = first;
+    mark_col_ = 0;
+  }
+  clamp_mark();
+  modified_ = true;
+  return removed;
+}
+
+LineStore TextBuffer::delete_line(std::uint64_t row) { return delete_range(row, row); }
+
+void TextBuffer::append_lines(const LineStore& lines) {
+  if (lines_.empty()) {
+    lines_ = lines;
+  } else {
+    lines_.insert_text(lines_.byte_count(), "\n");
+    lines_.insert(lines_.byte_count(), lines);
+  }
+  final_newline_ = true;
+  modified_ = true;
+}
+
+void TextBuffer::insert_lines(std::uint64_t at, const LineStore& lines) {
+  modified_ = true;
+  if (lines_.empty()) {
+    lines_ = lines;
+    return;
+  }
+  at = std::min(at, line_count());
+  if (at == line_count()) {
+    lines_.insert_text(lines_.byte_count(), "\n");
+    lines_.insert(lines_.byte_count(), lines);
+  } else {
+    const std::uint64_t begin = lines_.line_start(at);
+    lines_.insert_text(begin, "\n");
+    lines_.insert(begin, lines);
+  }
+  if (has_mark_ && mark_row_ >= at) mark_row_ += lines.line_count();
+}
+
+// ---- the mark
+
+void TextBuffer::set_mark(std::uint64_t row, std::uint64_t col) {
+  has_mark_ = true;
+  mark_row_ = row;
+  mark_col_ = col;
+  clamp_mark();
+}
+
+void TextBuffer::clear_mark() {
+  has_mark_ = false;
+  mark_row_ = 0;
+  mark_col_ = 0;
+}
+
+void TextBuffer::clamp_mark() {
+  if (!has_mark_) return;
+  if (mark_row_ >= line_count()) {
+    mark_row_ = line_count() - 1;
+    mark_col_ = line_length(mark_row_);
+  }
+  mark_col_ = std::min(mark_col_, line_length(mark_row_));
+}
+
+// The mark stays on the byte it stands on: text put in at or before it pushes it along.
+void TextBuffer::mark_on_insert(Position at, const LineStore& text) {
+  if (!has_mark_ || mark_row_ < at.row) return;
+  const std::uint64_t breaks = text.line_count() - 1;
+  if (mark_row_ == at.row) {
+    if (mark_col_ < at.col) return;
+    if (breaks > 0) mark_col_ -= at.col;
+    mark_col_ += text.line_length(breaks);
+  }
+  mark_row_ += breaks;
+}
+
+void TextBuffer::mark_on_erase_chars(std::uint64_t row, std::uint64_t col, std::uint64_t count) {
+  if (!has_mark_ || mark_row_ != row) return;
+  if (mark_col_ >= col + count) {
+    mark_col_ -= count;
+  } else {
+    mark_col_ = std::min(mark_col_, col);
+  }
+}
+
+// After line row + 1 was appended to line `row`, whose length was `length`.
+void TextBuffer::mark_on_join(std::uint64_t row, std::uint64_t length) {
+  if (!has_mark_ || mark_row_ <= row) return;
+  if (mark_row_ == row + 1) mark_col_ += length;
+  --mark_row_;
+}
+
+void TextBuffer::mark_on_delete_span(Position start, Position end) {
+  if (!has_mark_) return;
+  const Position mark{mark_row_, mark_col_};
+  if (mark < start) return;
+  if (mark < end) {
+    mark_row_ = start.row;
+    mark_col_ = start.col;
+  } else if (mark.row == end.row) {
+    mark_row_ = start.row;
+    mark_col_ = start.col + (mark.col - end.col);
+  } else {
+    mark_row_ -= end.row - start.row;
+  }
+}
+
+void TextBuffer::join_with_next(std::uint64_t row) {
+  const std::uint64_t end = lines_.line_end(row);
+  const std::uint64_t length = end - lines_.line_start(row);
+  lines_.erase(end, end + 1);
+  mark_on_join(row, length);
+  modified_ = true;
+}

@@ -1,0 +1,101 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "text/line_store.h"
+
+// One editable text: its lines, file name, flags and mark. A value; copies share unchanged text (LineStore),
+// so a copy costs the same whatever the size. Rows and columns are zero-based byte positions; a column may
+// equal the line's length. Removed and copied text is handed out as a LineStore that shares it: the text
+// "a\nb\n" is the three lines "a", "b" and "".
+class TextBuffer {
+ public:
+  const std::string& filename() const { return filename_; }
+  void set_filename(std::string name) { filename_ = std::move(name); }
+  bool modified() const { return modified_; }
+  void clear_modified() { modified_ = false; }
+  void mark_modified() { modified_ = true; }
+
+  // ---- reading
+  const zan::LineStore& lines() const { return lines_; }
+  std::uint64_t line_count() const { return lines_.line_count(); }
+  zan::TextView line(std::uint64_t row) const { return lines_.line(row); } // "" past the end
+  std::uint64_t line_length(std::uint64_t row) const {
+    return row < line_count() ? lines_.line_length(row) : 0;
+  }
+  zan::LineStore text() const; // the lines, and a last line feed when final_newline; one empty line gives ""
+  zan::LineStore text_in_span(std::uint64_t r1, std::uint64_t c1, std::uint64_t r2, std::uint64_t c2) const;
+  // Lines first..last, last clamped. Nothing when first is past the end or after last.
+  std::optional<zan::LineStore> lines_in_range(std::uint64_t first, std::uint64_t last) const;
+
+  // ---- whole text
+  bool load(const std::string& path); // false when it cannot be read: then one empty line
+  void set_text(const zan::LineStore& text);
+  void set_text(std::string_view text) { set_text(zan::LineStore::from_text(text)); }
+  void clear();
+  void ensure_row(std::uint64_t row); // appends empty lines until row exists
+  // Puts `lines` in place of the whole text, as a command that rewrites lines does: flags and mark stay, but
+  // for modified, which is set.
+  void replace_lines(zan::LineStore lines);
+
+  // ---- character edits: each keeps the mark on its text and sets modified when it changes something
+  void insert_char(std::uint64_t row, std::uint64_t col, char c);
+  void split_line(std::uint64_t row, std::uint64_t col);
+  // The byte removed, '\n' when lines were joined, 0 when nothing changed.
+  char backspace(std::uint64_t& row, std::uint64_t& col);
+  char delete_at(std::uint64_t row, std::uint64_t col);
+  zan::LineStore delete_to_eol(std::uint64_t row, std::uint64_t col);
+  zan::LineStore delete_to_bol(std::uint64_t row, std::uint64_t& col);
+  zan::LineStore delete_word_forward(std::uint64_t row, std::uint64_t& col, std::string_view delimiters);
+  zan::LineStore delete_word_backward(std::uint64_t& row, std::uint64_t& col, std::string_view delimiters);
+  void insert_text(std::uint64_t& row, std::uint64_t& col, const zan::LineStore& text); // position: after it
+  // Puts `bytes` (line feeds stay inside the line) in place of `length` bytes at (row, col). The mark's
+  // stored position stays as it is; modified is set when a byte changed.
+  void replace_in_line(std::uint64_t row, std::uint64_t col, std::uint64_t length, std::string_view bytes);
+
+  // ---- spans and lines
+  zan::LineStore delete_span(std::uint64_t r1, std::uint64_t c1, std::uint64_t r2, std::uint64_t c2);
+  zan::LineStore delete_range(std::uint64_t first, std::uint64_t last); // each line followed by a line feed
+  zan::LineStore delete_line(std::uint64_t row);
+  void append_lines(const zan::LineStore& lines); // replaces the text when it is one empty line
+  void insert_lines(std::uint64_t at, const zan::LineStore& lines); // likewise
+
+  // ---- the mark: the fixed end of the select range
+  void set_mark(std::uint64_t row, std::uint64_t col);
+  void clear_mark();
+  bool has_mark() const { return has_mark_; }
+  std::uint64_t mark_row() const { return mark_row_; }
+  std::uint64_t mark_col() const { return mark_col_; }
+  void clamp_mark();
+
+  // ---- search/: one pattern against lines
+  static bool has_wildcards(const std::string& pattern);
+  static std::string to_lower(std::string text);
+  // Length of the match at the start of text[0, length), or -1. `pattern` is read up to its NUL.
+  static std::int64_t wmatch(const char* pattern, const char* text, std::size_t length);
+  std::optional<zan::Position> find_forward(const std::string& pattern, std::uint64_t row, std::uint64_t col,
+                                            bool exact) const;
+  std::optional<zan::Position> find_backward(const std::string& pattern, std::uint64_t row, std::uint64_t col,
+                                             bool exact) const;
+  std::uint64_t match_len_at(const std::string& pattern, std::uint64_t row, std::uint64_t col,
+                             bool exact) const;
+
+ private:
+  void mark_on_insert(zan::Position at, const zan::LineStore& text);
+  void mark_on_erase_chars(std::uint64_t row, std::uint64_t col, std::uint64_t count);
+  void mark_on_join(std::uint64_t row, std::uint64_t length);
+  void mark_on_delete_span(zan::Position start, zan::Position end);
+  void join_with_next(std::uint64_t row); // row + 1 exists
+
+  std::string filename_;
+  zan::LineStore lines_;
+  bool modified_ = false;
+  bool final_newline_ = true;
+  bool has_mark_ = false;
+  std::uint64_t mark_row_ = 0;
+  std::uint64_t mark_col_ = 0;
+};
