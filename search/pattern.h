@@ -1,0 +1,89 @@
+#pragma once
+
+#include <array>
+#include <bitset>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zan {
+
+// Is there an unescaped * ? % [ ^ or $ in it?
+bool has_wildcards(std::string_view pattern);
+
+// A search string, compiled, and its matches in one line. A plain string is searched byte by byte; a wildcard
+// pattern holds % ? * [set] \c, a last $ and a leading ^, and is read up to its first NUL. Without `exact`,
+// A to Z match like a to z; the line is never copied to fold it.
+//
+// A star takes the shortest run that lets the rest match. So the parts between stars are found one after the
+// other, each as far left as it fits; when one is not found, no other start of the match helps either, and no
+// search costs more than pattern length times line length.
+class Pattern {
+ public:
+  // How the source is read: as what a user searches for, or as pattern elements whatever it holds (then ^ is
+  // a character like others).
+  enum class Reading { search_string, elements };
+  Pattern(std::string_view source, bool exact, Reading reading = Reading::search_string);
+
+  bool empty() const { return empty_; }
+  bool is_wildcard() const { return wildcard_; }
+  bool is_anchored() const { return anchored_; } // a leading ^: column 0 only
+  bool is_exact() const { return exact_; }
+  std::string_view plain() const { return plain_; } // folded, unless exact; for plain strings
+
+  // Length of the match that starts at col (at most the line's length), whatever an anchor says.
+  std::optional<std::size_t> match_at(std::string_view line, std::size_t col) const;
+  // Column of the first match at or after `from`.
+  std::optional<std::size_t> find_forward(std::string_view line, std::size_t from) const;
+  // Column of the last match before the limit: a plain one ends there or before, a wildcard one starts there
+  // or before. `limit` is at most the line's length.
+  std::optional<std::size_t> find_backward(std::string_view line, std::size_t limit) const;
+  // Length of the match at col: of the pattern itself, when it is plain or does not match there.
+  std::size_t match_length(std::string_view line, std::size_t col) const;
+
+ private:
+  enum class Kind : unsigned char { byte, any, set, end, never };
+  struct Element {
+    Kind kind;
+    unsigned char byte = 0; // of Kind::byte
+    std::uint32_t set = 0;  // of Kind::set, an index
+  };
+  // What stands between two stars. All its elements but a last `end` take one byte.
+  struct Segment {
+    std::size_t first = 0;
+    std::size_t count = 0;  // elements
+    std::size_t length = 0; // bytes
+    bool at_end = false;
+  };
+
+  void compile(std::string_view source);
+  std::size_t compile_set(std::string_view source, std::size_t at);
+  void add(Kind kind, unsigned char byte = 0, std::uint32_t set = 0);
+  bool fits(const Segment& segment, std::string_view line, std::size_t at) const;
+  std::optional<std::size_t> first_fit(const Segment& segment, std::string_view line, std::size_t from) const;
+  std::optional<std::size_t> last_fit(const Segment& segment, std::string_view line, std::size_t limit) const;
+  std::optional<std::size_t> match_tail(std::string_view line, std::size_t from) const;
+  std::size_t next_candidate(std::string_view line, std::size_t from) const;
+
+  bool exact_;
+  bool empty_;
+  bool wildcard_;
+  bool anchored_ = false;
+  std::size_t source_length_;
+  std::string plain_;
+  std::vector<Element> elements_;
+  std::vector<Segment> segments_; // of a wildcard pattern: one more than it has stars
+  std::vector<std::bitset<256>> sets_;
+};
+
+// The first occurrence of `needle` (not empty) at or after `from`, npos when there is none. The folded one
+// compares the text's bytes in lower case; its needle is in lower case already.
+std::size_t find_bytes(std::string_view text, std::string_view needle, std::size_t from);
+std::size_t find_folded(std::string_view text, std::string_view needle, std::size_t from);
+// The last occurrence that lies within the first `limit` bytes.
+std::size_t find_last_bytes(std::string_view text, std::string_view needle, std::size_t limit, bool folded);
+
+} // namespace zan

@@ -1,0 +1,168 @@
+#include "search/pattern.h"
+
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "text/bytes.h"
+
+using zan::Pattern;
+
+namespace {
+
+constexpr std::int64_t kNone = -1;
+
+// The matcher as it is explained to users: element by element, a star trying ever longer runs.
+std::int64_t plain_match(std::string_view p, std::string_view t) {
+  const auto rest = [&](std::size_t taken) {
+    const std::int64_t r = t.empty() ? kNone : plain_match(p.substr(taken), t.substr(1));
+    return r < 0 ? kNone : r + 1;
+  };
+  if (p.empty()) return 0;
+  if (p == "$") return t.empty() ? 0 : kNone;
+  if (p[0] == '\\') return p.size() < 2 || t.empty() || t[0] != p[1] ? kNone : rest(2);
+  if (p[0] == '*') {
+    while (!p.empty() && p[0] == '*') p.remove_prefix(1);
+    for (std::size_t i = 0; i <= t.size(); ++i)
+      if (const std::int64_t r = plain_match(p, t.substr(i)); r >= 0) return r + static_cast<std::int64_t>(i);
+    return kNone;
+  }
+  if (p[0] == '[') {
+    std::size_t at = 1;
+    const bool negated = at < p.size() && p[at] == '^';
+    if (negated) ++at;
+    bool found = false;
+    for (; at < p.size() && p[at] != ']'; ++at) {
+      const bool range = at + 2 < p.size() && p[at + 1] == '-' && p[at + 2] != ']';
+      const char high = range ? p[at + 2] : p[at];
+      if (!t.empty() && zan::to_byte(p[at]) <= zan::to_byte(t[0]) && zan::to_byte(t[0]) <= zan::to_byte(high))
+        found = true;
+      if (range) at += 2;
+    }
+    return found == negated ? kNone : rest(std::min(at + 1, p.size()));
+  }
+  if (p[0] == '%' || p[0] == '?') return rest(1);
+  return t.empty() || t[0] != p[0] ? kNone : rest(1);
+}
+
+std::int64_t column(const std::optional<std::size_t>& found) {
+  return found ? static_cast<std::int64_t>(*found) : kNone;
+}
+
+} // namespace
+
+TEST(Pattern, FindsFirstMatchAndItsLength) {
+  struct Row {
+    const char* pattern;
+    const char* line;
+    bool exact;
+    std::size_t from;
+    std::int64_t col;
+    std::size_t length;
+  };
+  const Row rows[] = {
+      {"ABC", "xabc", false, 0, 1, 3},
+      {"ABC", "xaBc", true, 0, kNone, 0},
+      {"[A-Z]", "1q", false, 0, 1, 1},
+      {"a*c", "abcbc", true, 0, 0, 3},
+      {"a*", "xaab", true, 0, 1, 1},
+      {"*", "abc", true, 2, 2, 0},
+      {"*$", "abc", true, 1, 1, 2},
+      {"what?", "whats", true, 0, 0, 5},
+      {"what?", "what", true, 0, kNone, 0},
+      {"what\\?", "what?", true, 0, kNone, 0},
+      {"what\\?", "what\\?", true, 0, 0, 6},
+      {"%hat\\?", "what?", true, 0, 0, 5},
+      {"abc$", "abcabc", true, 0, 3, 3},
+      {"$", "abc", true, 0, 3, 0},
+      {"x$y", "ax$y", true, 0, 1, 3},
+      {"%x$y", "ax$y", true, 0, 0, 4},
+      {"^abc", "abcabc", true, 0, 0, 3},
+      {"^abc", "abcabc", true, 1, kNone, 0},
+      {"^", "abc", true, 0, 0, 0},
+      {"^^a", "^a", true, 0, 0, 2},
+      {"a\\*", "xa\\*", true, 0, 1, 3},
+      {"%\\*", "ab*", true, 0, 1, 2},
+      {"[]x", "]x", true, 0, kNone, 0},
+      {"[^]", "z", true, 0, 0, 1},
+      {"[a-]", "-", true, 0, 0, 1},
+      {"[abc", "xb", true, 0, 1, 1},
+      {"%\\", "ab", true, 0, kNone, 0},
+      {"a\\", "xa\\", true, 0, 1, 2},
+      {"a*b$", "ab ab", true, 0, 0, 5},
+      {"*", "", true, 0, 0, 0},
+      {"$", "", true, 0, 0, 0},
+      {"[\x80-\xff]", "a\xe9", true, 0, 1, 1},
+      {"x**y", "x12y", true, 0, 0, 4},
+      {"a", "a", true, 2, kNone, 0},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(std::string(row.pattern) + " on " + row.line);
+    const Pattern pattern(row.pattern, row.exact);
+    const auto found = pattern.find_forward(row.line, row.from);
+    EXPECT_EQ(column(found), row.col);
+    EXPECT_EQ(found ? pattern.match_length(row.line, *found) : 0, row.length);
+  }
+  const std::string nul("a\0*", 3);
+  EXPECT_TRUE(zan::has_wildcards(nul));
+  EXPECT_EQ(Pattern(nul, true).match_length("xa", 1), 1u) << "read up to the NUL";
+}
+
+TEST(Pattern, FindsLastMatchBeforeALimit) {
+  struct Row {
+    const char* pattern;
+    const char* line;
+    std::size_t limit;
+    std::int64_t col;
+  };
+  const Row rows[] = {
+      {"ab", "abab", 4, 2}, {"ab", "abab", 3, 0},  {"ab", "abab", 1, kNone}, {"a%", "abab", 2, 2},
+      {"a%", "abab", 1, 0}, {"a*b", "aab", 1, 1},  {"$", "abc", 3, 3},       {"$", "abc", 2, kNone},
+      {"^a", "aa", 2, 0},   {"b*b", "abab", 4, 1},
+  };
+  for (const Row& row : rows)
+    EXPECT_EQ(column(Pattern(row.pattern, true).find_backward(row.line, row.limit)), row.col)
+        << row.pattern << " on " << row.line << " before " << row.limit;
+}
+
+TEST(Pattern, AgreesWithTheElementByElementMatcher) {
+  std::mt19937 random(20260717);
+  const auto pick = [&](std::string_view bytes, std::size_t most) {
+    std::string made(random() % (most + 1), ' ');
+    for (char& c : made) c = bytes[random() % bytes.size()];
+    return made;
+  };
+  for (int round = 0; round < 60000; ++round) {
+    const bool exact = round % 2 == 0;
+    std::string source = pick("aabB**?%[]^-$\\", 7);
+    const std::string line = pick("abB*-", 9);
+    while (!zan::has_wildcards(source)) source += "*";
+    const Pattern pattern(source, exact);
+    std::string elements = exact ? source : zan::lower(source);
+    const std::string text = exact ? line : zan::lower(line);
+    const bool anchored = elements.starts_with('^');
+    if (anchored) elements.erase(0, 1);
+    SCOPED_TRACE(source + " on " + line);
+    std::int64_t first = kNone, last = kNone;
+    for (std::size_t col = 0; col <= line.size(); ++col) {
+      const std::int64_t length = plain_match(elements, std::string_view(text).substr(col));
+      ASSERT_EQ(column(pattern.match_at(line, col)), length) << "at " << col;
+      if (length < 0 || (anchored && col != 0)) continue;
+      if (first < 0) first = static_cast<std::int64_t>(col);
+      last = static_cast<std::int64_t>(col);
+    }
+    ASSERT_EQ(column(pattern.find_forward(line, 0)), first);
+    ASSERT_EQ(column(pattern.find_backward(line, line.size())), last);
+  }
+}
+
+// These would not end in anybody's lifetime if a star were retried needlessly, or would exhaust the stack.
+TEST(Pattern, LongLinesAndLongPatterns) {
+  const std::string line(1000000, 'a');
+  EXPECT_FALSE(Pattern("a*a*a*a*a*a*a*b", true).find_forward(line, 0));
+  EXPECT_FALSE(Pattern("a*a*a*a*a*a*a*b", true).find_backward(line, line.size()));
+  std::string stars;
+  for (int i = 0; i < 100; ++i) stars += "a*";
+  EXPECT_EQ(Pattern(stars, true).match_at(line, 0), std::optional<std::size_t>(100));
+  EXPECT_EQ(Pattern(std::string(1000000, '?'), true).find_forward(line, 0), std::optional<std::size_t>(0));
+}
