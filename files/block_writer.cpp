@@ -1,0 +1,49 @@
+#include "files/block_writer.h"
+
+#include "files/unique_fd.h"
+
+namespace zan {
+
+namespace {
+
+constexpr std::size_t kBlockSize = 256 * 1024;
+constexpr std::size_t kLargestWrite = 1U << 30; // some systems refuse a count of 2 GiB or more
+
+} // namespace
+
+BlockWriter::BlockWriter(int descriptor) : descriptor_(descriptor), block_(kBlockSize, '\0') {}
+
+bool BlockWriter::put_across(std::string_view bytes) {
+  // Filled up first: then no small write comes between large ones.
+  const std::size_t room = used_ == 0 ? 0 : block_.size() - used_;
+  if (room > 0) put(bytes.substr(0, room));
+  bytes.remove_prefix(room);
+  if (!flush()) return false;
+  return bytes.size() < kBlockSize ? put(bytes) : write_out(bytes);
+}
+
+bool BlockWriter::flush() {
+  const std::size_t size = std::exchange(used_, 0);
+  return write_out(std::string_view(block_).substr(0, size));
+}
+
+bool BlockWriter::write_out(std::string_view bytes) {
+  while (!bytes.empty() && !failed_) {
+    const std::size_t size = std::min(bytes.size(), kLargestWrite);
+    const ssize_t count = retry([&] { return ::write(descriptor_, bytes.data(), size); });
+    if (count <= 0) { // a write that takes nothing would be repeated for ever
+      failed_ = true;
+      break;
+    }
+    written_ += static_cast<std::uint64_t>(count);
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return !failed_;
+}
+
+bool sync_fully(int descriptor) {
+  if (retry([&] { return ::fsync(descriptor); }) == 0) return true;
+  return errno == EINVAL || errno == ENOTSUP || errno == EROFS;
+}
+
+} // namespace zan

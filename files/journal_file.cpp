@@ -1,0 +1,99 @@
+#include "files/journal_file.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdint>
+#include <fcntl.h>
+#include <sys/uio.h>
+
+#include "files/place.h"
+#include "files/stat.h"
+
+namespace zan {
+
+namespace {
+
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+
+bool is_trusted(const JournalFile& journal, const struct stat& file) {
+  return S_ISREG(file.st_mode) && (journal.named_by_user || file.st_uid == ::geteuid());
+}
+
+bool is_protected(const JournalFile& journal, const struct stat& file) {
+  return std::ranges::any_of(journal.protected_paths, [&](const std::string& path) {
+    struct stat other {};
+    return is_usable_path(path) && zan_stat(path.c_str(), &other) == 0 && same_file(other, file);
+  });
+}
+
+// The journal as it exists; false when there is none, or none to be trusted.
+bool find_journal(const JournalFile& journal, struct stat& file) {
+  if (!is_usable_path(journal.path)) return false;
+  const auto look = journal.named_by_user ? zan_stat : ::lstat;
+  return look(journal.path.c_str(), &file) == 0 && is_trusted(journal, file);
+}
+
+struct OpenJournal {
+  UniqueFd file;
+  bool created = false;
+};
+
+OpenJournal open_journal(const JournalFile& journal) {
+  // Without O_NONBLOCK, a FIFO or a modem in the journal's place would hold the editor up.
+  const int common = O_APPEND | O_NONBLOCK | (journal.named_by_user ? 0 : O_NOFOLLOW);
+  OpenJournal opened{open_file(journal.path, O_RDWR | common)};
+  if (!opened.file && errno == EACCES) opened.file = open_file(journal.path, O_WRONLY | common);
+  if (opened.file || errno != ENOENT) return opened;
+  opened.file = open_file(journal.path, O_RDWR | O_CREAT | common, kOwnerOnly);
+  opened.created = true;
+  return opened;
+}
+
+// False as well when the file cannot be read: an empty line more does no harm.
+bool ends_in_line_feed(int file, off_t size) {
+  char last = '\0';
+  return size == 0 || (retry([&] { return ::pread(file, &last, 1, size - 1); }) == 1 && last == '\n');
+}
+
+void append_line(int file, off_t size, std::string_view line) {
+  char line_feed = '\n';
+  const std::size_t before = ends_in_line_feed(file, size) ? 0 : 1;
+  const std::array<struct iovec, 3> parts = {
+      {{&line_feed, before}, {const_cast<char*>(line.data()), line.size()}, {&line_feed, 1}}};
+  const ssize_t count = retry([&] { return ::writev(file, parts.data(), static_cast<int>(parts.size())); });
+  if (count <= 0 || static_cast<std::size_t>(count) == before + line.size() + 1) return;
+  // Nothing more can be done if this fails too; the next line will begin with a line feed.
+  [[maybe_unused]] const int result = retry([&] { return ::ftruncate(file, size); });
+}
+
+// An output that did not exist yet must not appear before it is saved. A link to it stays.
+void remove_created(const std::string& path) {
+  const auto place = find_place(path);
+  if (place) ::unlinkat(place->directory.get(), place->leaf.c_str(), 0);
+}
+
+} // namespace
+
+void append_journal_line(const JournalFile& journal, std::string_view line) {
+  if (!is_usable_path(journal.path)) return;
+  const OpenJournal opened = open_journal(journal);
+  struct stat file {};
+  if (!opened.file || ::fstat(opened.file.get(), &file) != 0 || !is_trusted(journal, file)) return;
+  if (!is_protected(journal, file)) {
+    append_line(opened.file.get(), file.st_size, line);
+  } else if (opened.created && file.st_size == 0) {
+    remove_created(journal.path);
+  }
+}
+
+bool journal_may_be_replayed(const JournalFile& journal) {
+  struct stat file {};
+  return find_journal(journal, file);
+}
+
+void delete_journal(const JournalFile& journal) {
+  struct stat file {};
+  if (find_journal(journal, file) && !is_protected(journal, file)) ::unlink(journal.path.c_str());
+}
+
+} // namespace zan

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+
+#include "files/unique_fd.h"
+
+// Directory entries by directory and name: what is decided about a name and what is done to it then concern
+// the same directory, however the path to it changes meanwhile.
+namespace zan {
+
+// open, repeated after interrupts; never makes a terminal the controlling one. -1 in the result: see errno.
+UniqueFd open_file(const std::string& path, int flags, mode_t mode = 0);
+UniqueFd open_directory(const std::string& path); // to look names up in; it may be unreadable
+
+// Where the file of a path really lies.
+struct Place {
+  UniqueFd directory;
+  std::string leaf; // never a symbolic link when it was found, possibly missing
+};
+
+// Follows the symbolic links at the end of `path`, also to a file that does not exist. Nothing for a path
+// that ends in a slash, a link loop or a missing directory.
+std::optional<Place> find_place(const std::string& path);
+
+// Makes a new name or a rename in the directory last beyond a crash. True where directories cannot be synced.
+bool sync_directory(int directory);
+
+// A file under a name of its own beside `leaf`, removed again unless it was published or kept.
+class TemporaryFile {
+ public:
+  TemporaryFile() = default;                                        // none
+  TemporaryFile(int directory, std::string_view leaf, mode_t mode); // none when it cannot be created
+  TemporaryFile(TemporaryFile&& other) noexcept = default;
+  TemporaryFile& operator=(TemporaryFile&&) = delete;
+  ~TemporaryFile();
+
+  explicit operator bool() const { return !name_.empty(); }
+  int descriptor() const { return file_.get(); }
+  bool close() { return file_.close(); }
+  void keep(bool kept) { kept_ = kept; }
+
+  bool rename_over(const std::string& leaf); // takes the place of `leaf`, whole and at once
+  // Becomes `leaf`, which must not exist: errno is EEXIST if it does.
+  bool rename_to_new(const std::string& leaf);
+
+ private:
+  bool create(const std::string& name, mode_t mode);
+  bool rename_to_reserved(const std::string& leaf);
+
+  UniqueFd directory_;
+  UniqueFd file_;
+  std::string name_; // empty: there is nothing to remove
+  bool kept_ = false;
+};
+
+} // namespace zan

@@ -1,0 +1,114 @@
+#include "files/safe_save.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "files/file_attributes.h"
+#include "files/in_place.h"
+#include "files/place.h"
+#include "files/stat.h"
+
+namespace zan {
+
+namespace {
+
+constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
+constexpr mode_t kNewFile = 0666; // less what the umask or the directory's default access list takes away
+constexpr int kAttempts = 10;     // for names that other processes make and remove meanwhile
+
+enum class RenameResult { saved, failed, not_possible };
+
+// What a standard stream writes next must reach the same file, so it may not be replaced by another one.
+bool is_standard_stream(const struct stat& file) {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    struct stat stream {};
+    if (::fstat(descriptor, &stream) == 0 && same_file(stream, file)) return true;
+  }
+  return false;
+}
+
+// Is the file that was opened the one that a rename to `place` would replace, and has it no other name?
+bool may_be_replaced(const struct stat& file, const Place& place) {
+  struct stat entry {};
+  return file.st_nlink == 1 && !is_standard_stream(file) &&
+         ::fstatat(place.directory.get(), place.leaf.c_str(), &entry, AT_SYMLINK_NOFOLLOW) == 0 &&
+         same_file(entry, file);
+}
+
+bool write_to(int descriptor, const ByteSource& source) {
+  BlockWriter out(descriptor);
+  return source(out) && out.flush();
+}
+
+// A name may be refused because of its directory, or because something is mounted on it.
+bool rename_is_refused(int error) {
+  return error == EPERM || error == EACCES || error == EBUSY || error == EXDEV;
+}
+
+RenameResult replace_by_rename(int target, mode_t mode, const Place& place, const ByteSource& source) {
+  TemporaryFile fresh(place.directory.get(), place.leaf, kPrivate);
+  // Tried first on the empty file, because it decides the way, and again later, because writing takes some
+  // attributes away.
+  if (!fresh || !copy_owner_and_attributes(target, fresh.descriptor())) return RenameResult::not_possible;
+  if (!write_to(fresh.descriptor(), source)) return RenameResult::failed;
+  if (!copy_owner_and_attributes(target, fresh.descriptor()) || !set_mode_bits(fresh.descriptor(), mode)) {
+    return RenameResult::not_possible;
+  }
+  if (!sync_fully(fresh.descriptor()) || !fresh.close()) return RenameResult::failed;
+  if (!fresh.rename_over(place.leaf)) {
+    return rename_is_refused(errno) ? RenameResult::not_possible : RenameResult::failed;
+  }
+  return sync_directory(place.directory.get()) ? RenameResult::saved : RenameResult::failed;
+}
+
+// A device, a pipe: nothing to keep, and nothing to cut off.
+bool write_stream(UniqueFd target, const ByteSource& source) {
+  return write_to(target.get(), source) && sync_fully(target.get()) && target.close();
+}
+
+SaveResult overwrite(const std::string& path, UniqueFd target, const ByteSource& source) {
+  const auto result = [](bool saved) { return saved ? SaveResult::saved : SaveResult::failed; };
+  struct stat file {};
+  if (::fstat(target.get(), &file) != 0) return SaveResult::failed;
+  if (!S_ISREG(file.st_mode)) return result(write_stream(std::move(target), source));
+  const std::optional<Place> place = find_place(path);
+  if (place && may_be_replaced(file, *place)) {
+    const RenameResult renamed = replace_by_rename(target.get(), file.st_mode, *place, source);
+    if (renamed != RenameResult::not_possible) return result(renamed == RenameResult::saved);
+  }
+  return result(write_in_place(std::move(target), place ? &*place : nullptr, source));
+}
+
+SaveResult create(const std::string& path, const ByteSource& source) {
+  const std::optional<Place> place = find_place(path);
+  if (!place) return SaveResult::failed;
+  TemporaryFile fresh(place->directory.get(), place->leaf, kNewFile);
+  if (!fresh || !write_to(fresh.descriptor(), source)) return SaveResult::failed;
+  if (!sync_fully(fresh.descriptor()) || !fresh.close()) return SaveResult::failed;
+  if (!fresh.rename_to_new(place->leaf)) return errno == EEXIST ? SaveResult::exists : SaveResult::failed;
+  return sync_directory(place->directory.get()) ? SaveResult::saved : SaveResult::failed;
+}
+
+bool name_is_taken(const std::string& path) { // also by a dangling link
+  struct stat entry {};
+  return ::lstat(path.c_str(), &entry) == 0;
+}
+
+} // namespace
+
+SaveResult save_file(const std::string& path, const ByteSource& source, SaveMode mode) {
+  if (!is_usable_path(path)) return SaveResult::failed;
+  if (mode == SaveMode::create_exclusively) {
+    return name_is_taken(path) ? SaveResult::exists : create(path, source);
+  }
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    UniqueFd target = open_file(path, O_WRONLY);
+    if (target) return overwrite(path, std::move(target), source);
+    if (errno != ENOENT) break;
+    const SaveResult created = create(path, source);
+    if (created != SaveResult::exists) return created; // else it has appeared meanwhile
+  }
+  return SaveResult::failed;
+}
+
+} // namespace zan
