@@ -11,6 +11,15 @@ std::string_view trim(std::string_view text) {
   return text;
 }
 
+std::string_view take_word(std::string_view& text) {
+  text = trim(text);
+  std::size_t length = 0;
+  while (length < text.size() && !is_space(text[length])) ++length;
+  const std::string_view word = text.substr(0, length);
+  text.remove_prefix(length);
+  return word;
+}
+
 std::string upper(std::string_view text) {
   std::string result(text);
   std::ranges::transform(result, result.begin(), to_upper);

@@ -21,6 +21,8 @@ inline char to_upper(char c) { return static_cast<char>(std::toupper(to_byte(c))
 inline char to_lower(char c) { return static_cast<char>(std::tolower(to_byte(c))); }
 
 std::string_view trim(std::string_view text); // without leading and trailing white space
+// The next word of `text` (what white space separates), which it is taken from; "" at its end.
+std::string_view take_word(std::string_view& text);
 std::string upper(std::string_view text);
 std::string lower(std::string_view text);
 bool starts_with_ci(std::string_view text, std::string_view prefix);

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zan {
+
+// The three standard streams as line mode uses them. Output is gathered into large blocks; it reaches the
+// terminal before every wait for input, before anything is said on standard error, and on flush(). Nothing is
+// reported when a stream cannot be written: an editor must not die of a closed pipe.
+class Console {
+ public:
+  void write(std::string_view text);
+  void write_error(std::string_view text); // unbuffered, after flushing standard output
+  void flush();
+
+  // One line from standard input without its line feed; the last one may lack it. Nothing at the end of
+  // input, on an error, and when Ctrl/C is caught while waiting (g_zan_abort_requested is then set). Takes no
+  // byte beyond the line from a terminal or a pipe, so that another reader finds what was typed ahead.
+  std::optional<std::string> read_line();
+  // Gives bytes read ahead from a file back, before another reader or a child uses standard input.
+  void release_input();
+
+ private:
+  bool fill();
+
+  std::string output_;
+  std::string input_;
+  std::size_t input_used_ = 0;
+  std::size_t chunk_ = 0; // bytes to ask for at once: 0 until the kind of the input is known
+};
+
+// Writes all of `text` to a descriptor, going on after interrupts and short writes. False on an error.
+bool write_fully(int descriptor, std::string_view text);
+
+} // namespace zan
