@@ -75,7 +75,7 @@ class Loader {
     close_block();
     LineStore lines = builder_.finish();
     if (last_byte_ == '\n') lines.erase(lines.byte_count() - 1, lines.byte_count());
-    return {std::move(lines), !last_byte_ || last_byte_ == '\n'};
+    return {std::move(lines), !last_byte_ || last_byte_ == '\n', !last_byte_};
   }
 
  private:

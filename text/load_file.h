@@ -10,6 +10,10 @@ namespace zan {
 struct LoadedText {
   LineStore lines;
   bool final_newline = true; // the file was empty or ended with a line feed
+  bool empty_file = false;
+
+  // Lines of the file: an empty one has none, although a text has at least one.
+  std::uint64_t line_count() const { return empty_file ? 0 : lines.line_count(); }
 };
 
 // The file's lines: a line feed at the very end starts no further line, and one carriage return is removed

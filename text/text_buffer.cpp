@@ -138,6 +138,27 @@ void TextBuffer::split_line(std::uint64_t row, std::uint64_t col) {
   insert_text(row, col, LineStore::from_text("\n"));
 }
 
+void TextBuffer::split_line_at(std::uint64_t row, std::span<const std::uint64_t> columns) {
+  if (columns.empty()) return;
+  const std::uint64_t begin = lines_.line_start(row);
+  LineStoreBuilder builder;
+  std::uint64_t copied = 0;
+  for (const std::uint64_t column : columns) {
+    builder.append(lines_, copied, begin + column);
+    builder.append_break();
+    copied = begin + column;
+  }
+  builder.append(lines_, copied, lines_.byte_count());
+  lines_ = builder.finish();
+  modified_ = true;
+  if (!has_mark_ || mark_row_ < row) return;
+  const std::uint64_t mark_col = mark_row_ == row ? mark_col_ : UINT64_MAX;
+  const auto before =
+      static_cast<std::uint64_t>(std::ranges::upper_bound(columns, mark_col) - columns.begin());
+  if (mark_row_ == row && before > 0) mark_col_ -= columns[before - 1];
+  mark_row_ += before;
+}
+
 char TextBuffer::backspace(std::uint64_t& row, std::uint64_t& col) {
   if (row >= line_count()) return 0;
   if (col == 0) {
@@ -254,6 +275,25 @@ void TextBuffer::replace_in_line(std::uint64_t row, std::uint64_t col, std::uint
   lines_.erase(begin, end);
   lines_.insert_bytes(begin, bytes);
   modified_ = true;
+}
+
+void TextBuffer::transform_span(Position start, Position end, char (*change)(char)) {
+  const std::uint64_t first = lines_.offset_of(start);
+  const std::uint64_t last = end.row < line_count() ? lines_.offset_of(end) : lines_.byte_count();
+  LineStoreBuilder builder;
+  builder.append(lines_, 0, first);
+  zan::PieceWalker walker(lines_, first, last);
+  bool changed = false;
+  for (zan::Chunk chunk; walker.next(chunk);) {
+    std::string bytes(chunk.bytes);
+    for (char& c : bytes)
+      if (chunk.literal || c != '\n') c = change(c);
+    changed = changed || bytes != chunk.bytes;
+    chunk.literal ? builder.append_bytes(bytes) : builder.append_text(bytes);
+  }
+  if (!changed) return;
+  builder.append(lines_, last, lines_.byte_count());
+  replace_lines(builder.finish());
 }
 
 // ---- spans and lines

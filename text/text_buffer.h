@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -45,6 +46,8 @@ class TextBuffer {
   // ---- character edits: each keeps the mark on its text and sets modified when it changes something
   void insert_char(std::uint64_t row, std::uint64_t col, char c);
   void split_line(std::uint64_t row, std::uint64_t col);
+  // Splits one line at several of its columns, given in increasing order, in one pass.
+  void split_line_at(std::uint64_t row, std::span<const std::uint64_t> columns);
   // The byte removed, '\n' when lines were joined, 0 when nothing changed.
   char backspace(std::uint64_t& row, std::uint64_t& col);
   char delete_at(std::uint64_t row, std::uint64_t col);
@@ -56,6 +59,9 @@ class TextBuffer {
   // Puts `bytes` (line feeds stay inside the line) in place of `length` bytes at (row, col). The mark's
   // stored position stays as it is; modified is set when a byte changed.
   void replace_in_line(std::uint64_t row, std::uint64_t col, std::uint64_t length, std::string_view bytes);
+  // Puts change(c) in place of every byte c of the span, line breaks excepted. The mark's stored position
+  // stays.
+  void transform_span(zan::Position start, zan::Position end, char (*change)(char));
 
   // ---- spans and lines
   zan::LineStore delete_span(std::uint64_t r1, std::uint64_t c1, std::uint64_t r2, std::uint64_t c2);

@@ -1,0 +1,406 @@
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "app/abort.h"
+#include "app/console.h"
+#include "command/line_range.h"
+#include "command/parser.h"
+#include "files/records.h"
+#include "search/text_search.h"
+#include "text/buffer_registry.h"
+#include "text/text_buffer.h"
+
+// The one editor: everything the program knows while it runs, and every operation of it. Members stand under
+// the folder that defines them; all are public, because the tables of commands, settings and keys point at
+// them.
+//
+// Conventions: `verbose` allows output on standard output; without it the same work is done silently and the
+// outcome is left in status_message. Rows and columns are zero-based bytes; numbers the user sees are
+// one-based.
+class Editor {
+ public:
+  // What a command asks of the loop that ran it. Error: failed or refused; stays, and suppresses /SAVE.
+  enum class CommandResult : std::uint32_t { Continue = 0, EnterScreen = 1, Exit = 2, Quit = 3, Error = 4 };
+  enum class Direction : std::uint32_t { Advance = 0, Backup = 1 };
+
+  using LineRange = zan::LineRange;
+  using ParsedCommand = zan::ParsedCommand;
+  using Qualifiers = zan::Qualifiers;
+  using Text = zan::LineStore; // a piece of text that shares its bytes with the buffer it came from
+
+  // The text between the mark and the cursor, start before end; the end is excluded.
+  struct SelSpan {
+    std::uint64_t start_row = 0;
+    std::uint64_t start_col = 0;
+    std::uint64_t end_row = 0;
+    std::uint64_t end_col = 0;
+    bool operator==(const SelSpan&) const = default;
+  };
+
+  // One entry of the undo or redo history. The registry's entry of the current buffer may be stale in it, as
+  // it may be in the editor: `buffer` holds that text.
+  struct UndoSnapshot {
+    TextBuffer buffer;
+    zan::BufferRegistry buffers;
+    std::string buffer_name;
+    std::uint64_t row = 0;
+    std::uint64_t col = 0;
+    std::uint64_t top = 0;
+    Direction direction = Direction::Advance;
+    std::string search;
+    Text deleted_char;
+    Text deleted_line;
+    Text deleted_word;
+    bool overstrike = false;
+  };
+
+  // While it lives, Ctrl/C sets g_zan_abort_requested instead of ending the program, and interrupts a read.
+  class AbortGuard {
+   public:
+    AbortGuard();
+    ~AbortGuard();
+    AbortGuard(const AbortGuard&) = delete;
+    AbortGuard& operator=(const AbortGuard&) = delete;
+
+   private:
+    struct sigaction previous_ {};
+  };
+
+  Editor(std::vector<std::string> files, std::optional<std::string> command_file,
+         std::optional<std::string> output_file, bool read_only, bool recover,
+         std::optional<std::string> journal_file);
+  ~Editor() = default;
+  Editor(const Editor&) = delete;
+  Editor& operator=(const Editor&) = delete;
+
+  // ---- app/: state
+  void set_debug_keys(bool on);
+  void reset_state();
+
+  // ---- app/: the line-mode loop and command files
+  int run();
+  int line_mode();
+  CommandResult execute_command(const std::string& line, bool verbose);
+  void handle_command_result(CommandResult result, bool allow_exit);
+  void run_command_file(const std::string& path, bool verbose);
+  void run_command_lines(std::string_view content, bool verbose);
+  static bool is_comment_or_blank(std::string_view line);
+  std::optional<std::string> find_startup_file() const;
+  void load_startup_file();
+  static std::string join_path(const std::string& dir, const std::string& name);
+  static bool file_exists(const std::string& path);
+
+  // ---- app/: undo and redo
+  void begin_undo_unit();
+  bool undo_last(bool verbose);
+  bool redo_last(bool verbose);
+  UndoSnapshot capture_snapshot();
+  void restore_snapshot(UndoSnapshot snapshot);
+  void clamp_cursor();
+  bool command_changes_text_or_buffers(std::string_view key) const;
+
+  // ---- app/: journal and recovery
+  std::string journal_path() const;
+  void append_journal_line(const std::string& line);
+  void try_recover_journal();
+  void delete_journal_file();
+
+  // ---- app/: Ctrl/C, EXIT and QUIT
+  bool check_abort(bool verbose);
+  [[noreturn]] void save_and_exit_now();
+  [[noreturn]] void quit_without_saving_now();
+  void do_save(bool verbose);
+
+  // ---- app/: output and input of commands
+  // Writes the parts to standard output, when verbose.
+  template <typename... Parts> void say(bool verbose, const Parts&... parts) {
+    if (verbose) (console.write(parts), ...);
+  }
+  // One more line for a command that reads text: from standard input, or at a prompt while the screen is up.
+  // `prompt` is shown when verbose. Nothing at the end of input.
+  std::optional<std::string> read_text_line(std::string_view prompt, bool verbose);
+
+  // ---- text/: the buffer registry and PASTE
+  static std::string normalize_buffer_name(std::string_view name);
+  TextBuffer& named_buffer(std::string_view name);
+  void save_current_buffer_state();
+  void find_buffer(std::string_view name, bool verbose);
+  Text paste_text_content();
+  void set_paste_text(const Text& text);
+  void append_paste_text(const Text& text);
+  void show_buffers(bool verbose);
+
+  // ---- command/: parser, ranges, dispatcher
+  static std::string trim(std::string_view text);
+  static std::string upper(std::string_view text);
+  static bool starts_with_ci(std::string_view text, std::string_view prefix);
+  static std::string strip_optional_quotes(std::string_view text);
+  static Qualifiers extract_qualifiers(std::string& line);
+  ParsedCommand parse_command(const std::string& line) const;
+  zan::LineContext line_context() const; // what line references count from
+  std::optional<std::uint64_t> parse_line_ref(std::string_view text) const;
+  std::optional<LineRange> parse_line_range(std::string_view text) const;
+  static std::string strip_qualifiers_for_range(std::string_view text);
+  void range_command(const std::string& arg, bool verbose);
+  CommandResult dispatch_command(const std::string& line, const Qualifiers& quals, bool verbose);
+  // The range that `arg` names, else the cursor line; last clamped. A bad one is reported and gives nothing.
+  std::optional<LineRange> range_or_cursor_line(const std::string& arg, bool verbose);
+
+  // ---- command/: SET, SHOW and HELP
+  std::optional<CommandResult> run_setting(const ParsedCommand& command, bool verbose);
+  void print_line_help(const std::string& topic);
+
+  // ---- command/: core line commands
+  CommandResult goto_line(const std::string& arg, bool verbose);
+  CommandResult change_command(const std::string& arg, bool verbose);
+  void type_command(const ParsedCommand& command, bool verbose);
+  CommandResult delete_command(const std::string& arg, bool verbose);
+  void insert_command(const std::string& arg, bool verbose);
+  void find_command(const ParsedCommand& command, bool verbose);
+  void find_next_command(bool verbose);
+  void type_current_line(bool brief, int width);
+  void type_range(const LineRange& range, bool brief, int width);
+  void print_numbered_line(std::uint64_t row, std::string_view line, bool brief, int width);
+  void delete_range(const LineRange& range);
+  void insert_multiline(bool verbose);
+  void find_next(Direction direction);
+  void go_top();
+  void go_bottom();
+  void set_direction(Direction direction, bool verbose);
+  void ring_bell();
+  void date_command(bool verbose);
+  static std::string current_date_string();
+  void show_files(bool verbose);
+
+  // ---- command/: text and buffer commands
+  void copy_move_command(const std::string& arg, bool move, bool verbose);
+  void clear_buffer_command(const std::string& arg, bool verbose);
+  void include_file_command(const std::string& arg, bool verbose);
+  void retain_command(const std::string& arg, bool verbose);
+  void fill_command(const std::string& arg, bool verbose);
+  void fill_select(const SelSpan& span, bool verbose);
+  void tab_adjust_command(const std::string& arg, bool verbose);
+  void resequence_command(const std::string& arg, const Qualifiers& quals, bool verbose);
+  void xlate_command(const std::string& arg, bool verbose);
+  void chg_case_command(const std::string& arg, bool to_upper, bool verbose);
+  void print_command(const std::string& arg, bool verbose);
+  CommandResult next_file_command(bool verbose);
+  CommandResult previous_file_command(bool verbose);
+  CommandResult change_file(std::uint64_t index, bool verbose);
+
+  // ---- command/: macros
+  void define_macro_command(const std::string& arg, bool verbose);
+  std::vector<std::string> read_macro_lines(const std::string& name, bool verbose);
+  void show_macros(const std::string& arg, bool verbose);
+  bool try_execute_macro(const std::string& key, bool verbose);
+  CommandResult run_macro_lines(const std::string& name, const Text& commands, bool verbose);
+  static std::vector<std::string> split_macro_commands(const std::string& text);
+  static std::string join_lines_as_text(const std::vector<std::string>& lines);
+
+  // ---- search/: search and substitute
+  bool match_constraints_ok(std::uint64_t row, std::uint64_t col, std::uint64_t length) const;
+  std::optional<zan::Position> search_forward(std::uint64_t row, std::uint64_t col) const;
+  std::optional<zan::Position> search_backward(std::uint64_t row, std::uint64_t col) const;
+  zan::SearchConstraints search_constraints() const;
+  enum class Answer { yes, no, stop };
+  void substitute_command(const std::string& arg, const Qualifiers& quals, bool verbose);
+  void substitute_global(const std::string& text, bool query, bool verbose);
+  void substitute_one(const std::string& replacement, const Qualifiers& quals, bool verbose);
+  void substitute_many(zan::Position start, std::uint64_t limit, bool wraps, const std::string& replacement,
+                       bool query, bool verbose);
+  std::uint64_t substitute_at_once(zan::Position start, std::uint64_t limit, bool wraps,
+                                   const std::string& replacement); // returns the number of replacements
+  std::uint64_t substitute_asking(zan::Position at, std::uint64_t limit, bool wraps,
+                                  const std::string& replacement);
+  Answer ask_to_substitute(bool verbose);
+
+  // ---- files/: output paths, versions, records
+  void write_command(const std::string& arg, bool verbose);
+  std::string resolve_write_path(const std::string& name) const; // adds ";n" when versions apply
+  static std::string strip_vms_version(const std::string& path);
+  static int highest_vms_version(const std::string& base);
+  // Writes `rows` of the text as records. A path with a version is a new file; when the name has been taken
+  // since it was chosen, `path` becomes the next free one. False: nothing was written.
+  bool write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows);
+  bool save_buffer_to_path(TextBuffer& buffer, std::string& path, bool verbose);
+
+  // ---- screen/: the screen loop, rendering, prompts
+  void screen_mode();
+  void draw_screen();
+  void adjust_view();
+  std::string prompt_line(const std::string& prompt);
+  void command_prompt();
+  std::string expand_formfeed_display(std::string line) const;
+
+  // ---- screen/: keys
+  bool handle_screen_key(int key);
+  bool handle_keypad_or_text(int key);
+  bool handle_gold_key(int key);
+  bool handle_gold_keypad(int key);
+  std::string key_id_from_input(int key, bool gold) const;
+  std::string key_debug_name(int key) const;
+  const char* gold_function_name(int key) const;
+  void show_help_screen();
+
+  // ---- screen/: movement
+  void move_left();
+  void move_right();
+  void move_up();
+  void move_down();
+  void move_char(Direction direction);
+  void move_word(Direction direction);
+  void line_move(Direction direction);
+  void page_down();
+  void page_up();
+  void section_move(Direction direction);
+  bool is_delim(char c) const;
+
+  // ---- screen/: entity editing, select, cut and paste
+  void delete_char_at_cursor();
+  void delete_char_left();
+  void delete_word();
+  void delete_word_left();
+  void delete_line();
+  void delete_eol();
+  void undelete_line();
+  void undelete_char();
+  void undelete_word();
+  void paste_text(const Text& text);
+  void paste();
+  void start_select();
+  std::optional<SelSpan> active_select_span() const;
+  bool select_active() const;
+  void clear_select();
+  void select_error(const std::string& message);
+  void take_selected(void (Editor::*use)(const Text&));
+  void cut_select();
+  void append_select();
+  void replace_select_with_paste();
+  void change_case_char();
+  Text apply_case_mode(const Text& text) const;
+  void maybe_wrap_line();
+  void insert_tab_at_cursor();
+  void open_line();
+  void shift_left_line();
+  void shift_right_line();
+  void toggle_line_numbers();
+  void prompt_insert_literal();
+  void prompt_find();
+
+  // ---- screen/: user-defined keys
+  void define_key_command(const std::string& arg, bool verbose);
+  void show_key_command(const std::string& arg, bool verbose);
+  std::string normalize_key_spec(const std::string& text) const;
+  bool try_defined_key(int key, bool gold);
+  void interactive_define_key();
+
+  // ---- screen/: nokeypad mode
+  bool execute_nokeypad_string(const std::string& commands, bool verbose);
+  void nokeypad_mode();
+
+  // ---- fields: the command line
+  std::string input_file;                  // MAIN's file, shown in the banner
+  std::optional<std::string> command_file; // run after the startup file
+  std::optional<std::string> output_file;  // EXIT writes MAIN here instead
+  bool read_only = false;                  // refuse commands that change text
+  bool recover = false;                    // replay the journal at start
+  std::optional<std::string> journal_file; // explicit journal path
+
+  // ---- fields: writing files
+  std::string last_written_path; // versions included
+  bool vms_versions = false;     // every save makes the next ";n" version
+  bool rms_fixed = false;        // fixed-length records
+  int rms_record_length = 80;    // bytes of a fixed record
+
+  // ---- fields: ranges and translation
+  std::optional<LineRange> sticky_range; // used by TYPE, DELETE, WRITE and RETAIN when they are given none
+  std::map<char, char> xlate_map;        // ordered by signed byte
+
+  // ---- fields: buffers
+  bool input_found = false;                 // the last load of MAIN found its file
+  TextBuffer current;                       // working copy of the current buffer; every edit is made here
+  zan::BufferRegistry buffers;              // all named buffers; stale for the current one until it is saved
+  std::string current_buffer_name = "MAIN"; // the buffer that `current` stands for
+
+  // ---- fields: place in the text
+  std::uint64_t cursor_row = 0; // line, zero-based
+  std::uint64_t cursor_col = 0; // byte in that line; its length is a legal value
+  std::uint64_t top_row = 0;    // first line on the screen
+  std::uint64_t left_col = 0;   // first column on the screen
+
+  // ---- fields: how keys act
+  bool overstrike = false; // typing replaces instead of inserting
+  Direction direction = Direction::Advance;
+  bool count_pending = false; // GOLD has been pressed
+  int repeat_count = 0;       // count typed after GOLD
+  bool line_numbers = false;  // shown on the screen
+
+  // ---- fields: search
+  bool search_exact = true;
+  bool search_begin = false; // never together with search_end
+  bool search_end = false;
+  bool search_wild = true; // shown only; the pattern decides
+  bool search_word = false;
+  std::string search_string;
+  std::uint64_t match_length = 0; // of the last match found
+
+  // ---- fields: registers, messages, keys, macros
+  Text deleted_char;
+  Text deleted_line;
+  Text deleted_word;
+  std::string status_message; // bottom row of the screen
+  bool debug_keys = false;    // show the last key on the status line
+  std::string last_key_name;
+  std::map<std::string, std::string> key_definitions;
+  std::map<std::string, bool> macros;   // names of buffers that are macros
+  std::vector<std::string> macro_stack; // macros now running, innermost last
+  std::set<std::string> running_macros; // the same names, for the recursion guard
+
+  // ---- fields: history, newest last
+  std::deque<UndoSnapshot> undo_stack;
+  std::deque<UndoSnapshot> redo_stack;
+
+  // ---- fields: settings
+  int tab_width = 8;
+  bool quiet = false;
+  bool verify = false; // echo macro commands
+  bool wrap = false;
+  bool autorepeat = true; // with repeat: digits after GOLD form a count
+  bool repeat = true;
+  std::string case_mode = "NONE"; // NONE, LOWER, UPPER
+  std::string command_setting;    // the file of the last SET COMMAND
+  int cursor_top_margin = 0;
+  int cursor_bottom_margin = 0;
+  bool fnf = true; // report a missing input file at start
+  std::string help_file = "ZANHELP";
+  std::string keypad = "ZAN"; // ZAN, NOKEYPAD, WPS, PC
+  int screen_lines = 0;       // 0: the terminal's height
+  std::string paragraph = "NOWPS";
+  int screen_width = 0; // 0: the terminal's width
+  bool summary = true;  // EXIT prints path and line count
+  std::string terminal = "vt100";
+  std::string text_formfeed = "^L"; // shown for a form feed
+  std::string text_end = "[EOB]";
+  bool truncate = false;          // never scroll sideways
+  bool word_delimiters_on = true; // off: only white space ends a word
+  std::string prompt = "*";
+  std::string mode = "Line";
+  std::string word_delimiters = " \t.,;:!?()[]{}\"'+-*/=<>|\\&#@^%~`";
+
+  // ---- fields: the file list
+  std::vector<std::string> files;
+  std::uint64_t file_index = 0; // of the file in MAIN
+
+  // ---- fields: nesting, the line-mode terminal
+  int nesting_depth = 0; // command files and macros now running, one inside the other
+  zan::Console console;
+};

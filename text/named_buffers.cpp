@@ -1,0 +1,61 @@
+#include "app/editor.h"
+
+#include "text/bytes.h"
+
+std::string Editor::normalize_buffer_name(std::string_view name) { return zan::normalize_buffer_name(name); }
+
+TextBuffer& Editor::named_buffer(std::string_view name) {
+  std::string normal = normalize_buffer_name(name);
+  if (normal.empty()) normal = "MAIN";
+  TextBuffer& buffer = buffers.entry(normal);
+  if (normal == "MAIN") buffer.set_filename(input_file);
+  return buffer;
+}
+
+void Editor::save_current_buffer_state() {
+  if (!current_buffer_name.empty()) buffers.entry(current_buffer_name) = current;
+}
+
+void Editor::find_buffer(std::string_view name, bool verbose) {
+  std::string normal = normalize_buffer_name(name);
+  if (normal.empty()) {
+    say(verbose, "?Missing buffer name\n");
+    return;
+  }
+  save_current_buffer_state();
+  current = named_buffer(normal);
+  current_buffer_name = std::move(normal);
+  cursor_row = 0;
+  cursor_col = 0;
+  top_row = 0;
+  clear_select();
+  status_message = "Buffer " + current_buffer_name;
+  say(verbose, "=", current_buffer_name, " ", std::to_string(current.line_count()), " lines\n");
+}
+
+Editor::Text Editor::paste_text_content() {
+  save_current_buffer_state();
+  return named_buffer("PASTE").text();
+}
+
+void Editor::set_paste_text(const Text& text) {
+  TextBuffer& paste_buffer = named_buffer("PASTE");
+  paste_buffer.set_text(text);
+  if (current_buffer_name == "PASTE") current = paste_buffer;
+}
+
+void Editor::append_paste_text(const Text& text) {
+  if (text.empty()) return;
+  Text joined = paste_text_content();
+  joined.insert(joined.byte_count(), text);
+  set_paste_text(joined);
+}
+
+void Editor::show_buffers(bool verbose) {
+  save_current_buffer_state();
+  for (const auto& [name, buffer] : buffers) {
+    const std::uint64_t count = buffer.line_count();
+    say(verbose, name == current_buffer_name ? "= " : "  ", name, " ", std::to_string(count),
+        count == 1 ? " line" : " lines", buffer.modified() ? " *" : "", "\n");
+  }
+}
