@@ -116,7 +116,7 @@ constexpr auto kRegular = std::to_array<std::string_view>({
 });
 
 // Sorted, for the lookup.
-constexpr auto kAliases = std::to_array<Spelling>({
+constexpr auto kAliases = std::to_array<ExactForm>({
     {"ADV", "ADVANCE"},
     {"BACK", "BACKUP"},
     {"C", "CHANGE"},
@@ -177,7 +177,7 @@ constexpr auto kAliases = std::to_array<Spelling>({
 });
 
 // The order is meaning: the first prefix that fits decides.
-constexpr auto kPrefixes = std::to_array<Spelling>({
+constexpr auto kPrefixes = std::to_array<PrefixForm>({
     {"TYPE ", "TYPE"},
     {"T ", "TYPE"},
     {"DELETE ", "DELETE"},
@@ -233,23 +233,14 @@ constexpr auto kPrefixes = std::to_array<Spelling>({
 });
 
 static_assert(std::ranges::is_sorted(kRegular));
-static_assert(std::ranges::is_sorted(kAliases, {}, &Spelling::words));
+static_assert(std::ranges::is_sorted(kAliases, {}, &ExactForm::line));
+static_assert(std::ranges::all_of(kRegular, [](auto line) { return line.size() <= kLongestExactForm; }));
+static_assert(std::ranges::all_of(kAliases, [](auto row) { return row.line.size() <= kLongestExactForm; }));
 
 } // namespace
 
-std::span<const std::string_view> regular_spellings() { return kRegular; }
-std::span<const Spelling> alias_spellings() { return kAliases; }
-std::span<const Spelling> prefix_spellings() { return kPrefixes; }
-
-std::optional<KeyAndArgument> find_exact_form(std::string_view upper_line) {
-  if (std::ranges::binary_search(kRegular, upper_line)) {
-    std::string key(upper_line);
-    std::ranges::replace(key, ' ', '-');
-    return KeyAndArgument{std::move(key), ""};
-  }
-  const auto row = std::ranges::lower_bound(kAliases, upper_line, {}, &Spelling::words);
-  if (row == kAliases.end() || row->words != upper_line) return std::nullopt;
-  return KeyAndArgument{std::string(row->key), std::string(row->argument)};
-}
+std::span<const std::string_view> regular_forms() { return kRegular; }
+std::span<const ExactForm> other_forms() { return kAliases; }
+std::span<const PrefixForm> prefix_forms() { return kPrefixes; }
 
 } // namespace zan

@@ -4,8 +4,8 @@
 #include <span>
 #include <string_view>
 
-// The spellings of the command language. A line is compared, in any case of letters, with the exact forms and then
-// with the prefix forms.
+// The spellings of the command language. A line is compared, in any case of letters, with the exact forms and
+// then with the prefix forms.
 namespace zan {
 
 // A whole line, upper case, with one blank between words.

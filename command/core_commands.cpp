@@ -1,0 +1,268 @@
+#include "app/editor.h"
+
+#include <algorithm>
+#include <ctime>
+
+#include "screen/terminal.h"
+#include "text/bytes.h"
+
+namespace {
+
+constexpr char kCtrlZ = 26;
+constexpr int kBriefWidth = 40;
+
+bool ends_insert(std::string_view line) {
+  if (line == "^Z" || line == ".") return true;
+  return line.find(kCtrlZ) != std::string_view::npos &&
+         line.find_first_not_of(std::string_view(" \t\x1a", 3)) == std::string_view::npos;
+}
+
+} // namespace
+
+// ---- going to a line, typing lines
+
+Editor::CommandResult Editor::goto_line(const std::string& arg, bool verbose) {
+  const auto number = zan::parse_digits(arg);
+  if (!number) {
+    say(verbose, "?Invalid line number: ", arg, "\n");
+    return CommandResult::Error;
+  }
+  if (*number > 0) {
+    cursor_row = std::min(*number, current.line_count()) - 1;
+    cursor_col = current.line_length(cursor_row);
+  }
+  if (verbose) type_current_line(false, kBriefWidth);
+  return CommandResult::Continue;
+}
+
+void Editor::type_current_line(bool brief, int width) {
+  if (cursor_row >= current.line_count()) {
+    say(true, text_end, "\n");
+    return;
+  }
+  print_numbered_line(cursor_row, current.line(cursor_row), brief, width);
+}
+
+void Editor::print_numbered_line(std::uint64_t row, std::string_view line, bool brief, int width) {
+  std::string expanded;
+  if (line.find('\f') != std::string_view::npos) line = expanded = expand_formfeed_display(std::string(line));
+  if (brief) line = line.substr(0, static_cast<std::size_t>(width));
+  console.write(std::to_string(row + 1));
+  console.write(" ");
+  console.write(line);
+  console.write("\n");
+}
+
+void Editor::type_range(const LineRange& range, bool brief, int width) {
+  const std::uint64_t last_row = current.line_count() - 1;
+  const std::uint64_t last = std::min(range.last, last_row);
+  std::uint64_t row = std::min(range.first, last_row);
+  zan::LineWalker walker(current.lines(), row);
+  for (std::string_view line; row <= last && walker.next(line); ++row) {
+    if (g_zan_abort_requested != 0) return;
+    print_numbered_line(row, line, brief, width);
+  }
+  if (last == last_row) say(true, text_end, "\n");
+}
+
+void Editor::type_command(const ParsedCommand& command, bool verbose) {
+  if (!verbose) return;
+  const AbortGuard guard;
+  const bool brief = command.quals.brief;
+  const int width = command.quals.brief_width;
+  if (!zan::trim(command.arg).empty()) {
+    if (const auto range = parse_line_range(command.arg)) {
+      type_range(*range, brief, width);
+    } else {
+      say(true, "?Invalid range: ", command.arg, "\n");
+    }
+  } else if (sticky_range) {
+    type_range(*sticky_range, brief, width);
+  } else {
+    type_current_line(brief, width);
+  }
+  check_abort(verbose);
+}
+
+// ---- deleting and inserting
+
+Editor::CommandResult Editor::delete_command(const std::string& arg, bool verbose) {
+  LineRange range = sticky_range.value_or(LineRange{cursor_row, cursor_row});
+  if (!zan::trim(arg).empty()) {
+    const auto named = parse_line_range(arg);
+    if (!named) {
+      say(verbose, "?Invalid range: ", arg, "\n");
+      return CommandResult::Error;
+    }
+    range = *named;
+  }
+  delete_range(range);
+  return CommandResult::Continue;
+}
+
+void Editor::delete_range(const LineRange& range) {
+  deleted_line = current.delete_range(range.first, range.last);
+  cursor_row = std::min(range.first, current.line_count() - 1);
+  cursor_col = 0;
+  status_message = "Range deleted";
+}
+
+void Editor::insert_command(const std::string& arg, bool verbose) {
+  const std::string text = strip_optional_quotes(arg);
+  if (text.empty() && zan::trim(arg).empty()) {
+    insert_multiline(verbose);
+  } else {
+    paste_text(Text::from_text(text));
+  }
+}
+
+void Editor::insert_multiline(bool verbose) {
+  zan::LineStoreBuilder collected;
+  bool first = true;
+  while (auto line = read_text_line(first ? "" : "_", verbose)) {
+    if (line->ends_with('\r')) line->pop_back();
+    if (ends_insert(*line)) break;
+    if (!first) collected.append_break();
+    collected.append_bytes(*line);
+    first = false;
+  }
+  paste_text(collected.finish());
+  status_message = "Inserted";
+}
+
+// ---- searching
+
+void Editor::find_command(const ParsedCommand& command, bool verbose) {
+  const AbortGuard guard;
+  const std::string target = trim(command.arg);
+  if (target.starts_with('=')) {
+    find_buffer(std::string_view(target).substr(1), verbose);
+    return;
+  }
+  if (std::string text = strip_optional_quotes(target); !text.empty()) search_string = std::move(text);
+  find_next(direction);
+  if (check_abort(verbose) || !verbose) return;
+  if (!command.quals.brief) {
+    type_current_line(false, kBriefWidth);
+    return;
+  }
+  say(true, std::to_string(cursor_row + 1));
+  if (status_message.starts_with("Found:")) say(true, " ", search_string);
+  say(true, "\n");
+}
+
+void Editor::find_next_command(bool verbose) {
+  const AbortGuard guard;
+  find_next(direction);
+  if (!check_abort(verbose) && verbose) type_current_line(false, kBriefWidth);
+}
+
+void Editor::find_next(Direction way) {
+  if (search_string.empty()) {
+    status_message = "No search string";
+    return;
+  }
+  std::optional<zan::Position> found;
+  if (way == Direction::Advance) {
+    found = search_forward(cursor_row, cursor_col + 1);
+    if (!found) found = search_forward(0, 0);
+  } else {
+    const std::uint64_t last = current.line_count() - 1;
+    found = search_backward(cursor_row, cursor_col);
+    if (!found) found = search_backward(last, current.line_length(last));
+  }
+  if (!found) {
+    status_message = g_zan_abort_requested != 0 ? "Abort" : "String not found: " + search_string;
+    return;
+  }
+  cursor_row = found->row;
+  cursor_col = found->col;
+  match_length = current.match_len_at(search_string, cursor_row, cursor_col, search_exact);
+  status_message = "Found: " + search_string;
+}
+
+// ---- top, bottom, direction, and the small ones
+
+void Editor::go_top() {
+  cursor_row = 0;
+  cursor_col = 0;
+  status_message = "TOP";
+}
+
+void Editor::go_bottom() {
+  cursor_row = current.line_count() - 1;
+  cursor_col = current.line_length(cursor_row);
+  status_message = "BOTTOM";
+}
+
+void Editor::set_direction(Direction way, bool verbose) {
+  direction = way;
+  status_message = way == Direction::Advance ? "Direction: ADVANCE" : "Direction: BACKUP";
+  say(verbose, status_message, "\n");
+}
+
+void Editor::ring_bell() {
+  if (zan::screen_was_started()) {
+    zan::screen_beep();
+    zan::screen_flash();
+    return;
+  }
+  console.write("\a");
+  console.flush();
+}
+
+void Editor::date_command(bool verbose) {
+  paste_text(Text::from_text(current_date_string()));
+  if (verbose) type_current_line(false, kBriefWidth);
+}
+
+std::string Editor::current_date_string() {
+  const std::time_t now = std::time(nullptr);
+  std::tm local{};
+  localtime_r(&now, &local);
+  char text[64] = "";
+  return {text, std::strftime(text, sizeof text, "%d-%b-%Y %H:%M:%S", &local)};
+}
+
+void Editor::show_files(bool verbose) {
+  if (!verbose) return;
+  say(true, "Input File: ", input_file, "\nOutput File: ", output_file.value_or(input_file), "\n");
+  if (files.empty()) return;
+  say(true, "Files:");
+  for (std::size_t i = 0; i < files.size(); ++i) say(true, i == file_index ? " *" : " ", files[i]);
+  say(true, "\n");
+}
+
+// ---- ranges
+
+std::optional<Editor::LineRange> Editor::range_or_cursor_line(const std::string& arg, bool verbose) {
+  LineRange range{cursor_row, cursor_row};
+  if (!zan::trim(arg).empty()) {
+    const auto named = parse_line_range(arg);
+    if (!named) {
+      say(verbose, "?Invalid range: ", arg, "\n");
+      return std::nullopt;
+    }
+    range = *named;
+  }
+  range.last = std::min(range.last, current.line_count() - 1);
+  return range;
+}
+
+void Editor::range_command(const std::string& arg, bool verbose) {
+  const std::string text = trim(arg);
+  if (text.empty() && !sticky_range) {
+    say(verbose, "Range: (none)\n");
+    return;
+  }
+  if (!text.empty()) {
+    const auto range = parse_line_range(text);
+    if (!range) {
+      say(verbose, "?Invalid range: ", text, "\n");
+      return;
+    }
+    sticky_range = range;
+  }
+  say(verbose, "Range: ", std::to_string(sticky_range->first + 1), " THRU ",
+      std::to_string(sticky_range->last + 1), "\n");
+}
