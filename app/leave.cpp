@@ -1,0 +1,50 @@
+#include "app/editor.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "screen/terminal.h"
+
+namespace {
+
+// Ends the process as exit does, after what would otherwise be lost has been flushed.
+[[noreturn]] void leave(zan::Console& console, int status) {
+  console.flush();
+  console.release_input();
+  std::exit(status);
+}
+
+} // namespace
+
+void Editor::save_and_exit_now() {
+  zan_safe_endwin();
+  save_current_buffer_state();
+  TextBuffer& main = named_buffer("MAIN");
+  if (output_file) main.set_filename(*output_file);
+  std::string path = resolve_write_path(main.filename());
+  if (!save_buffer_to_path(main, path, false)) {
+    console.write_error("?Unable to write " + path + "\n");
+    leave(console, 2);
+  }
+  delete_journal_file();
+  say(summary, path, " ", std::to_string(main.line_count()), " lines\n");
+  leave(console, 0);
+}
+
+void Editor::quit_without_saving_now() {
+  zan_safe_endwin();
+  save_current_buffer_state();
+  const bool changed =
+      std::ranges::any_of(buffers, [](const auto& entry) { return entry.second.modified(); });
+  say(changed, "Changes discarded\n");
+  leave(console, 0);
+}
+
+void Editor::do_save(bool verbose) {
+  std::string path = resolve_write_path(current.filename());
+  if (save_buffer_to_path(current, path, verbose)) {
+    say(verbose, "[Saved ", last_written_path, "]\n");
+  } else {
+    say(verbose, "?Unable to save ", current.filename(), "\n");
+  }
+}

@@ -1,0 +1,90 @@
+#include "app/editor.h"
+
+#include "files/output_file.h"
+#include "files/records.h"
+#include "files/stat.h"
+#include "files/version_name.h"
+#include "text/bytes.h"
+
+namespace {
+
+// Takes "BUFFER name" out of the range text of WRITE. "": there is none.
+std::string take_buffer_name(std::string& range_text) {
+  constexpr std::string_view kWord = "BUFFER ";
+  const std::size_t at = zan::upper(range_text).find(kWord);
+  if (at == std::string::npos) return "";
+  const std::string_view whole = range_text;
+  const std::string_view before = zan::trim(whole.substr(0, at));
+  std::string_view after = whole.substr(at + kWord.size());
+  std::string name(zan::take_word(after));
+  after = zan::trim(after);
+  std::string rest(before);
+  if (!before.empty() && !after.empty()) rest += ' ';
+  rest += after;
+  range_text = std::move(rest);
+  return name;
+}
+
+zan::RowStretch stretch_of(const Editor::LineRange& range) {
+  return {range.first, range.last >= range.first ? range.last - range.first + 1 : 0};
+}
+
+} // namespace
+
+void Editor::write_command(const std::string& arg, bool verbose) {
+  std::string_view rest = arg;
+  const std::string name = strip_optional_quotes(zan::take_word(rest));
+  std::string range_text(zan::trim(rest));
+  if (name.empty()) {
+    say(verbose, "?WRITE requires a file name\n");
+    return;
+  }
+  const std::string buffer_name = take_buffer_name(range_text);
+  if (!buffer_name.empty()) save_current_buffer_state();
+  TextBuffer& source = buffer_name.empty() ? current : named_buffer(buffer_name);
+  std::optional<LineRange> range;
+  if (!range_text.empty()) {
+    range = buffer_name.empty() ? parse_line_range(range_text)
+                                : zan::parse_number_range(range_text, source.line_count());
+    if (!range) {
+      say(verbose, "?Invalid range: ", range_text, "\n");
+      return;
+    }
+  } else if (buffer_name.empty()) {
+    range = sticky_range;
+  }
+  std::string path = resolve_write_path(name);
+  const bool written = range ? write_lines_file(path, source.lines(), stretch_of(*range))
+                             : save_buffer_to_path(source, path, verbose);
+  if (written) {
+    say(verbose, path, " written\n");
+  } else {
+    say(verbose, "?Unable to write ", path, "\n");
+  }
+}
+
+std::string Editor::resolve_write_path(const std::string& name) const {
+  return zan::resolve_write_path(name, vms_versions, zan::file_exists);
+}
+
+std::string Editor::strip_vms_version(const std::string& path) {
+  return std::string(zan::strip_vms_version(path));
+}
+
+int Editor::highest_vms_version(const std::string& base) {
+  return zan::highest_vms_version(base, zan::file_exists);
+}
+
+bool Editor::write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows) {
+  const zan::ByteSource source =
+      zan::record_source(text, rows, zan::effective_record_length(rms_fixed, rms_record_length));
+  if (!zan::save_output(path, source)) return false;
+  last_written_path = path;
+  return true;
+}
+
+bool Editor::save_buffer_to_path(TextBuffer& buffer, std::string& path, bool) {
+  if (path.empty() || !write_lines_file(path, buffer.lines(), {0, buffer.line_count()})) return false;
+  if (zan::strip_vms_version(path) == zan::strip_vms_version(buffer.filename())) buffer.clear_modified();
+  return true;
+}
