@@ -1,0 +1,10 @@
+#include "app/editor.h"
+
+std::string Editor::expand_formfeed_display(std::string line) const {
+  std::string expanded;
+  for (const char c : line) {
+    if (c == '\f') expanded += text_formfeed;
+    else expanded += c;
+  }
+  return expanded;
+}

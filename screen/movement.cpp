@@ -1,0 +1,120 @@
+#include "app/editor.h"
+
+#include <algorithm>
+#include <climits>
+
+#include "screen/terminal.h"
+#include "text/bytes.h"
+
+namespace {
+
+constexpr std::uint64_t kSection = 16; // lines
+
+// Lines of one screen page: what is left of the screen beside its three bottom rows.
+std::uint64_t page_lines() {
+  const int rows = g_curses_active ? zan::screen_size().rows : 24;
+  return static_cast<std::uint64_t>(std::max(1, rows - 3));
+}
+
+// Columns of `line` from `col` on whose bytes give `delimiter` the value `wanted`. Looks only at those.
+std::uint64_t run_forward(const Editor& editor, std::uint64_t begin, std::uint64_t end, bool wanted) {
+  zan::PieceWalker walker(editor.current.lines(), begin, end);
+  for (zan::Chunk chunk; walker.next(chunk);) {
+    const auto stop = std::ranges::find_if(chunk.bytes, [&](char c) { return editor.is_delim(c) != wanted; });
+    if (stop != chunk.bytes.end())
+      return chunk.offset + static_cast<std::uint64_t>(stop - chunk.bytes.begin());
+  }
+  return end;
+}
+
+std::uint64_t run_backward(const Editor& editor, std::uint64_t begin, std::uint64_t end, bool wanted) {
+  zan::PieceWalker walker(editor.current.lines(), begin, end);
+  for (zan::Chunk chunk; walker.previous(chunk);) {
+    for (std::size_t i = chunk.bytes.size(); i > 0; --i)
+      if (editor.is_delim(chunk.bytes[i - 1]) != wanted) return chunk.offset + i;
+  }
+  return begin;
+}
+
+} // namespace
+
+bool Editor::is_delim(char c) const {
+  return word_delimiters_on ? word_delimiters.find(c) != std::string::npos : zan::is_space(c);
+}
+
+void Editor::move_left() {
+  if (cursor_col > 0) {
+    --cursor_col;
+  } else if (cursor_row > 0) {
+    cursor_col = current.line_length(--cursor_row);
+  }
+}
+
+void Editor::move_right() {
+  if (cursor_col < current.line_length(cursor_row)) {
+    ++cursor_col;
+  } else if (cursor_row + 1 < current.line_count()) {
+    ++cursor_row;
+    cursor_col = 0;
+  }
+}
+
+void Editor::move_up() {
+  if (cursor_row != 0) --cursor_row;
+  clamp_cursor();
+}
+
+void Editor::move_down() {
+  if (cursor_row + 1 < current.line_count()) ++cursor_row;
+  clamp_cursor();
+}
+
+void Editor::move_char(Direction way) { way == Direction::Backup ? move_left() : move_right(); }
+
+void Editor::move_word(Direction way) {
+  const zan::LineStore& text = current.lines();
+  if (way == Direction::Advance) {
+    const std::uint64_t length = current.line_length(cursor_row);
+    if (cursor_col < length) {
+      const std::uint64_t begin = text.line_start(cursor_row);
+      const std::uint64_t word_end = run_forward(*this, begin + cursor_col, begin + length, false);
+      cursor_col = run_forward(*this, word_end, begin + length, true) - begin;
+    }
+    if (cursor_col >= length && cursor_row + 1 < current.line_count()) {
+      ++cursor_row;
+      cursor_col = 0;
+    }
+    return;
+  }
+  if (cursor_col == 0 && cursor_row > 0) cursor_col = current.line_length(--cursor_row);
+  const std::uint64_t begin = text.line_start(cursor_row);
+  const std::uint64_t here = begin + std::min(cursor_col, current.line_length(cursor_row));
+  const std::uint64_t word_end = run_backward(*this, begin, here, true);
+  cursor_col = run_backward(*this, begin, word_end, false) - begin;
+}
+
+void Editor::line_move(Direction way) {
+  if (way == Direction::Advance) {
+    if (cursor_row + 1 < current.line_count()) ++cursor_row;
+  } else if (cursor_col == 0 && cursor_row != 0) {
+    --cursor_row;
+  }
+  cursor_col = 0;
+  status_message = "LINE";
+}
+
+void Editor::page_down() { cursor_row = std::min(current.line_count() - 1, cursor_row + page_lines()); }
+
+void Editor::page_up() {
+  const std::uint64_t page = page_lines();
+  cursor_row = cursor_row > page ? cursor_row - page : 0;
+}
+
+void Editor::section_move(Direction way) {
+  if (way == Direction::Backup) {
+    cursor_row = cursor_row < kSection + 1 ? 0 : cursor_row - kSection;
+  } else {
+    cursor_row = std::min(current.line_count() - 1, cursor_row + kSection);
+  }
+  clamp_cursor();
+}
