@@ -69,7 +69,8 @@ std::optional<std::uint64_t> parse_line_ref(std::string_view text, const LineCon
   if (word == "." || word == "CURRENT") return current;
   if (word == "BEGIN" || word == "FIRST" || word == "START") return 0;
   if (word == "END" || word == "LAST") return last;
-  if (word.starts_with('.')) return parse_relative(std::string_view(word).substr(1), current, context.line_count);
+  if (word.starts_with('.'))
+    return parse_relative(std::string_view(word).substr(1), current, context.line_count);
   return parse_line_number(word, context.line_count);
 }
 
@@ -98,6 +99,8 @@ std::optional<LineRange> parse_number_range(std::string_view text, std::uint64_t
   return ordered(parse_line_number(sides.left, line_count), parse_line_number(sides.right, line_count));
 }
 
-std::string_view strip_qualifiers_for_range(std::string_view text) { return trim(text.substr(0, text.find('/'))); }
+std::string_view strip_qualifiers_for_range(std::string_view text) {
+  return trim(text.substr(0, text.find('/')));
+}
 
 } // namespace zan

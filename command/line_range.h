@@ -19,12 +19,13 @@ struct LineContext {
   std::uint64_t cursor_row = 0;
 };
 
-// One line: "12", ".", CURRENT, BEGIN, FIRST, START, END, LAST, ".+3", ". - 3". Clamped to the last line (".-n" to
-// the first). Nothing for any other text, for line 0, for a number beyond 64 bits and when there are no lines.
+// One line: "12", ".", CURRENT, BEGIN, FIRST, START, END, LAST, ".+3", ". - 3". Clamped to the last line
+// (".-n" to the first). Nothing for any other text, for line 0, for a number beyond 64 bits and when there
+// are no lines.
 std::optional<std::uint64_t> parse_line_ref(std::string_view text, const LineContext& context);
 
-// Lines: one reference, two of them joined by " THRU ", ":" or "-" (in either order), WHOLE, ALL or REST. What
-// follows a slash is ignored. Nothing for any other text and when there are no lines.
+// Lines: one reference, two of them joined by " THRU ", ":" or "-" (in either order), WHOLE, ALL or REST.
+// What follows a slash is ignored. Nothing for any other text and when there are no lines.
 std::optional<LineRange> parse_line_range(std::string_view text, const LineContext& context);
 
 // The same for lines of a buffer that has no cursor here: line numbers, " THRU ", ":", WHOLE and ALL only.

@@ -48,7 +48,8 @@ bool match_prefix_form(std::string_view text, ParsedCommand& command) {
   return false;
 }
 
-// "SUBSTITUTE ALL text" is a command of its own. ALL is a whole word here: "SUBSTITUTE ALLSO" has an argument.
+// "SUBSTITUTE ALL text" is a command of its own. ALL is a whole word here: "SUBSTITUTE ALLSO" has an
+// argument.
 void tell_substitute_all(ParsedCommand& command) {
   if (command.key != "SUBSTITUTE") return;
   const std::string_view arg = command.arg;

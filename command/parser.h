@@ -8,7 +8,8 @@
 
 namespace zan {
 
-// One command line. `key` names the command, whatever spelling was typed: "DEL-L", "SET-NUMBERS", "GOTO-LINE".
+// One command line. `key` names the command, whatever spelling was typed: "DEL-L", "SET-NUMBERS",
+// "GOTO-LINE".
 struct ParsedCommand {
   std::string key;  // upper case; empty for an empty line
   std::string arg;  // trimmed, in the case it was typed
@@ -17,8 +18,8 @@ struct ParsedCommand {
   bool operator==(const ParsedCommand&) const = default;
 };
 
-// Parses a line without qualifiers. Never fails: a line of no known form gets its first word as key. A line number
-// becomes GOTO-LINE with the number as argument, without leading zeros unless it is beyond 64 bits.
+// Parses a line without qualifiers. Never fails: a line of no known form gets its first word as key. A line
+// number becomes GOTO-LINE with the number as argument, without leading zeros unless it is beyond 64 bits.
 ParsedCommand parse_command(std::string_view line, const LineContext& context);
 
 } // namespace zan

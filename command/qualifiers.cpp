@@ -9,8 +9,8 @@
 namespace zan {
 namespace {
 
-// Reads the value behind a qualifier's name, when there is one: `rest` is the line from the byte after the name
-// on. Returns the number of bytes that the value takes.
+// Reads the value behind a qualifier's name, when there is one: `rest` is the line from the byte after the
+// name on. Returns the number of bytes that the value takes.
 using ReadValue = std::size_t (*)(std::string_view rest, Qualifiers& quals);
 
 std::size_t read_brief_width(std::string_view rest, Qualifiers& quals) {
@@ -60,7 +60,8 @@ const Qualifier* find_qualifier(std::string_view word) {
   return nullptr;
 }
 
-// `rest` begins behind a slash. Applies the qualifier there, if it is one, and returns its length with its value.
+// `rest` begins behind a slash. Applies the qualifier there, if it is one, and returns its length with its
+// value.
 std::size_t take_qualifier(std::string_view rest, Qualifiers& quals) {
   const auto end = std::ranges::find_if_not(rest, is_alpha);
   const auto length = static_cast<std::size_t>(end - rest.begin());

@@ -1,0 +1,99 @@
+#include "app/editor.h"
+
+#include "text/bytes.h"
+#include "text/load_file.h"
+
+namespace {
+
+std::string counted_lines(std::uint64_t count) {
+  return std::to_string(count) + (count == 1 ? " line" : " lines");
+}
+
+} // namespace
+
+void Editor::copy_move_command(const std::string& arg, bool move, bool verbose) {
+  const std::size_t to = upper(arg).find(" TO ");
+  if (to == std::string::npos) {
+    say(verbose, "?Syntax: ", move ? "MOVE" : "COPY", " range TO =buffer\n");
+    return;
+  }
+  const std::string range_text = trim(std::string_view(arg).substr(0, to));
+  const auto range = parse_line_range(range_text);
+  if (!range) {
+    say(verbose, "?Invalid range: ", range_text, "\n");
+    return;
+  }
+  const std::string name = normalize_buffer_name(std::string_view(arg).substr(to + 4));
+  if (name.empty()) {
+    say(verbose, "?Missing destination buffer\n");
+    return;
+  }
+  save_current_buffer_state();
+  const auto lines = current.lines_in_range(range->first, range->last);
+  TextBuffer& destination = named_buffer(name);
+  if (lines) destination.append_lines(*lines);
+  if (name == current_buffer_name) current = destination;
+  // The copies stand after the range, whose numbers are still right.
+  if (move) delete_range(*range);
+  say(verbose, counted_lines(lines ? lines->line_count() : 0), move ? " moved" : " copied", " to =", name,
+      "\n");
+}
+
+void Editor::clear_buffer_command(const std::string& arg, bool verbose) {
+  std::string name = normalize_buffer_name(arg);
+  if (name.empty()) name = current_buffer_name;
+  save_current_buffer_state();
+  if (name == "MAIN" || name == "PASTE") {
+    TextBuffer& buffer = named_buffer(name);
+    buffer.clear();
+    if (name == current_buffer_name) {
+      current = buffer;
+      cursor_row = 0;
+      cursor_col = 0;
+      top_row = 0;
+    }
+    say(verbose, "Buffer ", name, " cleared\n");
+    return;
+  }
+  if (name == current_buffer_name) find_buffer("MAIN", false);
+  buffers.erase(name);
+  macros.erase(name);
+  say(verbose, "Buffer ", name, " deleted\n");
+}
+
+void Editor::include_file_command(const std::string& arg, bool verbose) {
+  const std::string path = strip_optional_quotes(zan::trim(arg));
+  const auto loaded = zan::load_file(path);
+  if (!loaded) {
+    say(verbose, "?Unable to open include file ", path, "\n");
+    return;
+  }
+  const std::uint64_t count = loaded->line_count();
+  if (count > 0) current.insert_lines(cursor_row, loaded->lines);
+  say(verbose, std::to_string(count), " lines included\n");
+}
+
+void Editor::retain_command(const std::string& arg, bool verbose) {
+  const std::string target = trim(arg);
+  if (target.empty()) {
+    say(verbose, "?RETAIN / STORE TEXT requires =buffer\n");
+    return;
+  }
+  const std::string name = normalize_buffer_name(target);
+  if (name.empty()) {
+    say(verbose, "?Missing destination buffer\n");
+    return;
+  }
+  LineRange range = sticky_range.value_or(LineRange{cursor_row, cursor_row});
+  if (const auto span = active_select_span()) {
+    range = {span->start_row, span->end_row};
+    clear_select();
+  }
+  save_current_buffer_state();
+  const auto lines = current.lines_in_range(range.first, range.last);
+  TextBuffer& buffer = named_buffer(name);
+  buffer.clear();
+  if (lines) buffer.append_lines(*lines);
+  if (name == current_buffer_name) current = buffer;
+  say(verbose, counted_lines(lines ? lines->line_count() : 0), " retained in =", name, "\n");
+}

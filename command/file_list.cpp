@@ -1,0 +1,46 @@
+#include "app/editor.h"
+
+Editor::CommandResult Editor::next_file_command(bool verbose) {
+  if (file_index + 1 >= files.size()) {
+    say(verbose, "?No more files\n");
+    return CommandResult::Continue;
+  }
+  return change_file(file_index + 1, verbose);
+}
+
+Editor::CommandResult Editor::previous_file_command(bool verbose) {
+  if (file_index == 0) {
+    say(verbose, "?Already at first file\n");
+    return CommandResult::Continue;
+  }
+  return change_file(file_index - 1, verbose);
+}
+
+// Saves MAIN to its file and loads another file of the list into it. When the save fails nothing else
+// happens.
+Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
+  save_current_buffer_state();
+  TextBuffer& main = named_buffer("MAIN");
+  std::string path = resolve_write_path(main.filename());
+  if (!save_buffer_to_path(main, path, false)) {
+    status_message = "?Unable to write " + path;
+    say(verbose, status_message, "\n");
+    return CommandResult::Error;
+  }
+  file_index = index;
+  input_file = files[index];
+  current = TextBuffer();
+  input_found = current.load(input_file);
+  current.set_filename(input_file);
+  buffers.entry("MAIN") = current;
+  current_buffer_name = "MAIN";
+  cursor_row = 0;
+  cursor_col = 0;
+  top_row = 0;
+  left_col = 0;
+  clear_select();
+  search_string.clear();
+  say(verbose, input_file, "\n");
+  if (verbose) type_current_line(false, 40);
+  return CommandResult::Continue;
+}

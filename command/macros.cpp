@@ -1,0 +1,135 @@
+#include "app/editor.h"
+
+#include <algorithm>
+
+#include "app/stack.h"
+#include "command/macro_text.h"
+#include "text/bytes.h"
+
+namespace {
+
+std::string counted_commands(std::uint64_t count) {
+  return std::to_string(count) + (count == 1 ? " command" : " commands");
+}
+
+bool ends_definition(std::string_view line) {
+  const std::string word = zan::upper(zan::trim(line));
+  return word.empty() || word == "END DEFINE" || word == "END";
+}
+
+} // namespace
+
+std::vector<std::string> Editor::split_macro_commands(const std::string& text) {
+  return zan::split_macro_commands(text);
+}
+
+std::string Editor::join_lines_as_text(const std::vector<std::string>& lines) {
+  std::string text;
+  for (std::size_t i = 0; i < lines.size(); ++i) text.append(i == 0 ? "" : "\n").append(lines[i]);
+  return text;
+}
+
+void Editor::define_macro_command(const std::string& arg, bool verbose) {
+  const std::string text = trim(arg);
+  if (text.empty()) {
+    say(verbose, "?DEFINE MACRO syntax: DEFINE MACRO name AS \"command; command\"\n");
+    return;
+  }
+  const std::size_t as = upper(text).find(" AS ");
+  const std::string name = normalize_buffer_name(std::string_view(text).substr(0, as));
+  if (name.empty() || name == "MAIN" || name == "PASTE") {
+    say(verbose, "?Invalid macro name\n");
+    return;
+  }
+  std::vector<std::string> commands;
+  if (as == std::string::npos) {
+    commands = read_macro_lines(name, verbose);
+  } else {
+    commands = split_macro_commands(strip_optional_quotes(zan::trim(std::string_view(text).substr(as + 4))));
+  }
+  if (commands.empty()) {
+    say(verbose, "?Macro has no commands\n");
+    return;
+  }
+  save_current_buffer_state();
+  TextBuffer& buffer = named_buffer(name);
+  buffer = TextBuffer();
+  buffer.set_text(join_lines_as_text(commands));
+  if (name == current_buffer_name) current = buffer;
+  macros[name] = true;
+  say(verbose, "macro ", name, " defined with ", counted_commands(commands.size()), "\n");
+}
+
+// The lines typed for a macro, up to END or a blank one.
+std::vector<std::string> Editor::read_macro_lines(const std::string& name, bool verbose) {
+  std::vector<std::string> lines;
+  const std::string question =
+      "Enter macro commands for " + name + ". End with END DEFINE or a blank line.\n_";
+  auto line = read_text_line(question, verbose);
+  for (; line && !ends_definition(*line); line = read_text_line("_", verbose))
+    lines.push_back(std::move(*line));
+  say(verbose, "\n");
+  return lines;
+}
+
+void Editor::show_macros(const std::string& arg, bool verbose) {
+  if (!verbose) return;
+  save_current_buffer_state();
+  const std::string wanted = normalize_buffer_name(arg);
+  bool shown = false;
+  for (const auto& [name, defined] : macros) {
+    const TextBuffer* buffer = buffers.find(name);
+    if (buffer == nullptr || (!wanted.empty() && name != wanted)) continue;
+    shown = true;
+    say(true, "MACRO ", name, " (", counted_commands(buffer->line_count()), ")\n");
+    zan::LineWalker walker(buffer->lines(), 0);
+    std::uint64_t number = 0;
+    for (std::string_view line; walker.next(line);)
+      say(true, "  ", std::to_string(++number), ": ", line, "\n");
+  }
+  if (shown) return;
+  if (wanted.empty()) say(true, "No macros defined\n");
+  else say(true, "?No such macro: ", wanted, "\n");
+}
+
+bool Editor::try_execute_macro(const std::string& key, bool verbose) {
+  const std::string name = normalize_buffer_name(key);
+  if (name.empty() || !macros.contains(name)) return false;
+  if (running_macros.contains(name)) {
+    say(verbose, "?Recursive macro invocation: ", name, "\n");
+    return true;
+  }
+  save_current_buffer_state();
+  const TextBuffer* buffer = buffers.find(name);
+  if (buffer == nullptr) {
+    say(verbose, "?Macro buffer missing: ", name, "\n");
+    return true;
+  }
+  if (nesting_depth >= zan::nesting_limit()) {
+    say(verbose, "?Macros nested too deep: ", name, "\n");
+    return true;
+  }
+  const zan::LineStore commands = buffer->lines(); // its own: the commands may change the registry
+  ++nesting_depth;
+  macro_stack.push_back(name);
+  running_macros.insert(name);
+  const CommandResult result = run_macro_lines(name, commands, verbose);
+  running_macros.erase(name);
+  macro_stack.pop_back();
+  --nesting_depth;
+  handle_command_result(result, true);
+  return true;
+}
+
+// Runs the commands up to one that asks for more than going on, whose result it returns.
+Editor::CommandResult Editor::run_macro_lines(const std::string& name, const Text& commands, bool verbose) {
+  zan::LineWalker walker(commands, 0);
+  for (std::string_view line; walker.next(line);) {
+    const std::string command = trim(line);
+    if (is_comment_or_blank(command)) continue;
+    if (verify) say(verbose, "[", name, "] ", command, "\n");
+    const CommandResult result = execute_command(command, verbose);
+    if (result != CommandResult::Continue && result != CommandResult::Error) return result;
+  }
+  return CommandResult::Continue;
+}
