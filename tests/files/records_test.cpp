@@ -68,6 +68,14 @@ TEST(Records, LongRecordIsPaddedInSmallPieces) {
   EXPECT_LE(longest, 4096U);
 }
 
+TEST(Records, PaddingOfEveryLength) {
+  for (std::size_t length = 1; length < 300; ++length) {
+    std::string record = "x\n";
+    record.insert(1, length - 1, ' ');
+    EXPECT_EQ(file_of(zan::LineStore::from_text("x"), kAll, length), record);
+  }
+}
+
 TEST(Records, LengthFromTheSettings) {
   EXPECT_EQ(zan::effective_record_length(true, 80), 80U);
   EXPECT_EQ(zan::effective_record_length(true, 2147483647), 2147483647U);

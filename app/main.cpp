@@ -1,0 +1,68 @@
+#include <cstdlib>
+#include <exception>
+#include <fcntl.h>
+#include <string>
+#include <string_view>
+#include <unistd.h>
+
+#include "app/command_line.h"
+#include "app/editor.h"
+#include "app/signals.h"
+#include "app/stack.h"
+#include "app/usage.h"
+#include "screen/terminal.h"
+
+namespace {
+
+// A standard stream that is closed would otherwise be the next file that is opened, and messages would go
+// there.
+void fill_closed_streams() {
+  for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+    if (::fcntl(stream, F_GETFD) < 0) static_cast<void>(::open("/dev/null", O_RDWR));
+}
+
+bool environment_turns_on(const char* name) {
+  const char* value = std::getenv(name);
+  return value != nullptr && *value != '\0' && std::string_view(value) != "0";
+}
+
+int run_editor(const zan::CommandLine& line) {
+  try {
+    Editor editor(line.files, line.command, line.output, line.read_only,
+                  line.recover || environment_turns_on("ZAN_RECOVER"), line.journal);
+    editor.set_debug_keys(line.debug_keys);
+    const int status = editor.run();
+    zan_safe_endwin();
+    return status;
+  } catch (const std::exception& error) {
+    zan_safe_endwin();
+    zan::write_fully(STDERR_FILENO, std::string("fatal: ") + error.what() + "\n");
+    return 1;
+  }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  fill_closed_streams();
+  zan::raise_stack_limit();
+  zan::install_signal_handlers();
+  const char* program = argc > 0 ? argv[0] : nullptr;
+  if (argc < 2) {
+    print_usage(program);
+    return 1;
+  }
+  const char* term = std::getenv("TERM");
+  if (term != nullptr && std::string_view(term) == "dumb") {
+    zan::write_fully(STDERR_FILENO, "TERM cannot be 'dumb'\n");
+    return 1;
+  }
+  redirect_tty();
+  const zan::CommandLine line = zan::parse_command_line({argv + 1, argv + argc});
+  zan::write_fully(STDERR_FILENO, line.messages);
+  if (line.help || line.files.empty()) {
+    print_usage(program);
+    return line.help ? 0 : 1;
+  }
+  return run_editor(line);
+}
