@@ -10,40 +10,51 @@ namespace {
 
 using Abort = const volatile std::sig_atomic_t;
 
+// The sides of a match that lies at `offset` of the text, without fetching its line.
+bool constraints_ok_at(const LineStore& text, std::uint64_t offset, std::uint64_t length,
+                       const SearchConstraints& wanted) {
+  const Position at = text.position_of(offset);
+  const std::uint64_t line_end = offset - at.col + text.line_length(at.row);
+  const bool at_end = offset + length == line_end;
+  if ((wanted.begin && at.col != 0) || (wanted.end && !at_end)) return false;
+  const auto delimits = [&](std::uint64_t place) { return wanted.delimiters[to_byte(text.byte_at(place))]; };
+  return !wanted.word || ((at.col == 0 || delimits(offset - 1)) && (at_end || delimits(offset + length)));
+}
+
 // A plain string without a line feed cannot match across a line break, so lines need not be told apart: the
 // chunks are searched as they lie, and the seams between them in a small window of their own.
 class PlainSearch {
  public:
-  PlainSearch(const LineStore& text, const Pattern& pattern, Abort& abort)
-      : text_(text), needle_(pattern.plain()), folded_(!pattern.is_exact()), abort_(abort) {}
+  PlainSearch(const LineStore& text, const Pattern& pattern, const SearchConstraints& wanted, Abort& abort)
+      : text_(text), needle_(pattern.plain()), folded_(!pattern.is_exact()), wanted_(wanted), abort_(abort) {}
 
-  // Offset of the first occurrence that starts at or after `begin`, and the last one that ends at or before
-  // `end`.
+  // Offset of the first occurrence at or after `begin` that satisfies the constraints. One that does not is
+  // passed over whole.
   std::optional<std::uint64_t> first_from(std::uint64_t begin) const {
     PieceWalker walker(text_, begin, text_.byte_count());
     std::string seam; // the last bytes before the chunk, fewer than the needle has
     for (Chunk chunk; walker.next(chunk) && abort_ == 0;) {
-      const std::size_t before = seam.size();
-      const std::string window = seam + std::string(chunk.bytes.substr(0, needle_.size() - 1));
-      if (const std::size_t at = find(window, 0); before > 0 && at != std::string_view::npos)
-        return chunk.offset - before + at;
-      if (const std::size_t at = find(chunk.bytes, 0); at != std::string_view::npos) return chunk.offset + at;
+      const std::string joined = seam + std::string(chunk.bytes.substr(0, needle_.size() - 1));
+      const Chunk window{joined, chunk.offset - seam.size(), true};
+      if (const auto found = first_in(window, seam.size(), begin)) return found;
+      if (const auto found = first_in(chunk, chunk.bytes.size(), begin)) return found;
       keep_last(seam, chunk.bytes);
     }
     return std::nullopt;
   }
 
+  // The last one that ends at or before `end`; likewise.
   std::optional<std::uint64_t> last_until(std::uint64_t end) const {
     PieceWalker walker(text_, 0, end);
     std::string seam; // the first bytes after the chunk
     for (Chunk chunk; walker.previous(chunk) && abort_ == 0;) {
       const std::size_t kept = std::min(chunk.bytes.size(), needle_.size() - 1);
-      const std::string window = std::string(chunk.bytes.substr(chunk.bytes.size() - kept)) + seam;
-      const std::uint64_t window_offset = chunk.offset + chunk.bytes.size() - kept;
-      if (const std::size_t at = find_last(window); !seam.empty() && at != std::string_view::npos)
-        return window_offset + at;
-      if (const std::size_t at = find_last(chunk.bytes); at != std::string_view::npos)
-        return chunk.offset + at;
+      const std::string joined = std::string(chunk.bytes.substr(chunk.bytes.size() - kept)) + seam;
+      const Chunk window{joined, chunk.offset + chunk.bytes.size() - kept, true};
+      if (!seam.empty()) {
+        if (const auto found = last_in(window, end)) return found;
+      }
+      if (const auto found = last_in(chunk, end)) return found;
       seam.insert(0, chunk.bytes.substr(0, needle_.size() - 1));
       seam.resize(std::min(seam.size(), needle_.size() - 1));
     }
@@ -51,11 +62,46 @@ class PlainSearch {
   }
 
  private:
+  // Looks at the occurrences that start before `limit` of the chunk and not before the offset `begin`, which
+  // is moved beyond those that are passed over.
+  std::optional<std::uint64_t> first_in(const Chunk& chunk, std::size_t limit, std::uint64_t& begin) const {
+    while (abort_ == 0) {
+      const auto from = static_cast<std::size_t>(std::max(begin, chunk.offset) - chunk.offset);
+      const std::size_t at = from < limit ? find(chunk.bytes, from) : std::string_view::npos;
+      if (at == std::string_view::npos || at >= limit) break;
+      if (accepts(chunk, at)) return chunk.offset + at;
+      begin = chunk.offset + at + needle_.size();
+    }
+    return std::nullopt;
+  }
+
+  std::optional<std::uint64_t> last_in(const Chunk& chunk, std::uint64_t& end) const {
+    while (abort_ == 0 && end > chunk.offset) {
+      const auto limit =
+          static_cast<std::size_t>(std::min<std::uint64_t>(end - chunk.offset, chunk.bytes.size()));
+      const std::size_t at = find_last_bytes(chunk.bytes, needle_, limit, folded_);
+      if (at == std::string_view::npos) break;
+      if (accepts(chunk, at)) return chunk.offset + at;
+      end = chunk.offset + at;
+    }
+    return std::nullopt;
+  }
+
+  // The bytes around the match tell, when they lie in the chunk too and a line feed there ends a line.
+  bool accepts(const Chunk& chunk, std::size_t at) const {
+    if (wanted_.none()) return true;
+    const std::size_t after = at + needle_.size();
+    if (chunk.literal || at == 0 || after >= chunk.bytes.size())
+      return constraints_ok_at(text_, chunk.offset + at, needle_.size(), wanted_);
+    const char left = chunk.bytes[at - 1];
+    const char right = chunk.bytes[after];
+    if ((wanted_.begin && left != '\n') || (wanted_.end && right != '\n')) return false;
+    const auto bounds = [&](char c) { return c == '\n' || wanted_.delimiters[to_byte(c)]; };
+    return !wanted_.word || (bounds(left) && bounds(right));
+  }
+
   std::size_t find(std::string_view bytes, std::size_t from) const {
     return folded_ ? find_folded(bytes, needle_, from) : find_bytes(bytes, needle_, from);
-  }
-  std::size_t find_last(std::string_view bytes) const {
-    return find_last_bytes(bytes, needle_, bytes.size(), folded_);
   }
   void keep_last(std::string& seam, std::string_view bytes) const {
     const std::size_t wanted = needle_.size() - 1;
@@ -66,40 +112,20 @@ class PlainSearch {
   const LineStore& text_;
   std::string_view needle_;
   bool folded_;
+  const SearchConstraints& wanted_;
   Abort& abort_;
 };
 
-// The sides of a match that lies at `offset` of the text, without fetching its line.
-bool constraints_ok_at(const LineStore& text, std::uint64_t offset, std::uint64_t length,
-                       const SearchConstraints& wanted) {
-  if (wanted.none()) return true;
-  const Position at = text.position_of(offset);
-  const std::uint64_t line_end = offset - at.col + text.line_length(at.row);
-  const bool at_end = offset + length == line_end;
-  if ((wanted.begin && at.col != 0) || (wanted.end && !at_end)) return false;
-  const auto delimits = [&](std::uint64_t place) { return wanted.delimiters[to_byte(text.byte_at(place))]; };
-  return !wanted.word || ((at.col == 0 || delimits(offset - 1)) && (at_end || delimits(offset + length)));
-}
-
 std::optional<Position> plain_forward(const LineStore& text, const Pattern& pattern, std::uint64_t from,
                                       const SearchConstraints& wanted, Abort& abort) {
-  const PlainSearch search(text, pattern, abort);
-  const std::size_t length = pattern.plain().size();
-  while (const auto found = search.first_from(from)) {
-    if (constraints_ok_at(text, *found, length, wanted)) return text.position_of(*found);
-    from = *found + length;
-  }
-  return std::nullopt;
+  const auto found = PlainSearch(text, pattern, wanted, abort).first_from(from);
+  return found ? std::optional(text.position_of(*found)) : std::nullopt;
 }
 
 std::optional<Position> plain_backward(const LineStore& text, const Pattern& pattern, std::uint64_t until,
                                        const SearchConstraints& wanted, Abort& abort) {
-  const PlainSearch search(text, pattern, abort);
-  while (const auto found = search.last_until(until)) {
-    if (constraints_ok_at(text, *found, pattern.plain().size(), wanted)) return text.position_of(*found);
-    until = *found;
-  }
-  return std::nullopt;
+  const auto found = PlainSearch(text, pattern, wanted, abort).last_until(until);
+  return found ? std::optional(text.position_of(*found)) : std::nullopt;
 }
 
 // The first match in one line, from a column on, that satisfies the constraints.
