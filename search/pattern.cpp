@@ -1,7 +1,6 @@
 #include "search/pattern.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "text/bytes.h"
 
@@ -9,18 +8,9 @@ namespace zan {
 
 namespace {
 
-constexpr auto kLower = [] {
-  std::array<unsigned char, 256> table{};
-  for (std::size_t i = 0; i < table.size(); ++i)
-    table[i] = static_cast<unsigned char>(i >= 'A' && i <= 'Z' ? i - 'A' + 'a' : i);
-  return table;
-}();
+constexpr std::size_t kNone = std::string_view::npos;
 
-bool equal_folded(const char* text, std::string_view needle) {
-  for (std::size_t i = 0; i < needle.size(); ++i)
-    if (kLower[to_byte(text[i])] != to_byte(needle[i])) return false;
-  return true;
-}
+std::optional<std::size_t> found_at(std::size_t at) { return at == kNone ? std::nullopt : std::optional(at); }
 
 bool is_wildcard_byte(char c) { return std::string_view("*?%[^$").find(c) != std::string_view::npos; }
 
@@ -34,48 +24,14 @@ bool has_wildcards(std::string_view pattern) {
   return false;
 }
 
-std::size_t find_bytes(std::string_view text, std::string_view needle, std::size_t from) {
-  if (from > text.size() || text.size() - from < needle.size()) return std::string_view::npos;
-  const void* found = memmem(text.data() + from, text.size() - from, needle.data(), needle.size());
-  return found == nullptr ? std::string_view::npos
-                          : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
-}
-
-std::size_t find_folded(std::string_view text, std::string_view needle, std::size_t from) {
-  if (text.size() < needle.size()) return std::string_view::npos;
-  const std::size_t last = text.size() - needle.size();
-  // Where the first byte stands next in either case; each is looked up again only once it has been passed.
-  const char lower_first = needle.front();
-  const char upper_first = to_upper(lower_first);
-  const auto next = [&](char c, std::size_t at) {
-    const void* found = at <= last ? std::memchr(text.data() + at, c, last - at + 1) : nullptr;
-    return found == nullptr ? std::string_view::npos
-                            : static_cast<std::size_t>(static_cast<const char*>(found) - text.data());
-  };
-  std::size_t lower_at = next(lower_first, from);
-  std::size_t upper_at = upper_first == lower_first ? std::string_view::npos : next(upper_first, from);
-  for (;;) {
-    const std::size_t at = std::min(lower_at, upper_at);
-    if (at == std::string_view::npos || equal_folded(text.data() + at, needle)) return at;
-    (at == lower_at ? lower_at : upper_at) = next(at == lower_at ? lower_first : upper_first, at + 1);
-  }
-}
-
-std::size_t find_last_bytes(std::string_view text, std::string_view needle, std::size_t limit, bool folded) {
-  if (limit > text.size() || limit < needle.size()) return std::string_view::npos;
-  if (!folded) return text.substr(0, limit).rfind(needle);
-  for (std::size_t at = limit - needle.size() + 1; at > 0; --at)
-    if (equal_folded(text.data() + at - 1, needle)) return at - 1;
-  return std::string_view::npos;
-}
-
 Pattern::Pattern(std::string_view source, bool exact, Reading reading)
     : exact_(exact), empty_(source.empty()), wildcard_(reading == Reading::elements || has_wildcards(source)),
       source_length_(source.size()) {
   const std::string folded = exact ? std::string() : lower(source);
   if (!exact) source = folded;
   if (!wildcard_) {
-    plain_ = source;
+    plain_ = Substring(source, exact);
+    require(plain_);
     return;
   }
   source = source.substr(0, source.find('\0'));
@@ -84,6 +40,16 @@ Pattern::Pattern(std::string_view source, bool exact, Reading reading)
     source.remove_prefix(1);
   }
   compile(source);
+  for (Segment& segment : segments_) {
+    prepare(segment);
+    require(segment.run);
+  }
+}
+
+void Pattern::require(const Substring& bytes) {
+  const bool line_feed = bytes.bytes().find('\n') != kNone;
+  requires_line_feed_ = requires_line_feed_ || line_feed;
+  if (!line_feed && bytes.size() > required_.size()) required_ = bytes;
 }
 
 void Pattern::compile(std::string_view source) {
@@ -92,7 +58,7 @@ void Pattern::compile(std::string_view source) {
     const char c = source[i];
     if (c == '*') {
       if (i == 0 || source[i - 1] != '*' || segments_.back().count > 0)
-        segments_.push_back({elements_.size(), 0, 0, false});
+        segments_.emplace_back().first = elements_.size();
     } else if (c == '\\') {
       if (++i < source.size()) add(Kind::byte, to_byte(source[i]));
       else add(Kind::never);
@@ -135,63 +101,60 @@ void Pattern::add(Kind kind, unsigned char byte, std::uint32_t set) {
   else ++segment.length;
 }
 
-bool Pattern::fits(const Segment& segment, std::string_view line, std::size_t at) const {
-  if (line.size() - at < segment.length || (segment.at_end && line.size() - at != segment.length))
+inline bool Pattern::takes(const Element& element, char c) const {
+  const unsigned char byte = to_byte(exact_ ? c : folded(c));
+  switch (element.kind) {
+  case Kind::byte:
+    return byte == element.byte;
+  case Kind::set:
+    return sets_[element.set].test(byte);
+  case Kind::never:
     return false;
-  for (std::size_t i = 0; i < segment.length; ++i) {
-    const Element& element = elements_[segment.first + i];
-    const unsigned char c = exact_ ? to_byte(line[at + i]) : kLower[to_byte(line[at + i])];
-    switch (element.kind) {
-    case Kind::byte:
-      if (c != element.byte) return false;
-      break;
-    case Kind::set:
-      if (!sets_[element.set].test(c)) return false;
-      break;
-    case Kind::never:
-      return false;
-    case Kind::any:
-    case Kind::end:
-      break;
-    }
+  case Kind::any:
+  case Kind::end:
+    break;
   }
   return true;
 }
 
-std::optional<std::size_t> Pattern::first_fit(const Segment& segment, std::string_view line,
-                                              std::size_t from) const {
-  if (line.size() - from < segment.length) return std::nullopt;
-  const std::size_t last = line.size() - segment.length;
-  for (std::size_t at = segment.at_end ? last : from; at <= last; ++at)
-    if (fits(segment, line, at)) return at;
-  return std::nullopt;
+// Finds what a search for the segment can look for first.
+void Pattern::prepare(Segment& segment) const {
+  const std::size_t length = find_run(segment);
+  std::string run(length, '\0');
+  for (std::size_t i = 0; i < length; ++i)
+    run[i] = static_cast<char>(elements_[segment.first + segment.run_at + i].byte);
+  segment.run = Substring(run, exact_);
+  if (segment.length == 0 || length > 0) return;
+  for (unsigned byte = 0; byte < 256; ++byte)
+    segment.starts[byte] = takes(elements_[segment.first], static_cast<char>(byte));
 }
 
-// The last place where the segment fits and ends at or before `limit`.
-std::optional<std::size_t> Pattern::last_fit(const Segment& segment, std::string_view line,
-                                             std::size_t limit) const {
-  if (limit < segment.length || (segment.at_end && limit < line.size())) return std::nullopt;
-  const std::size_t lowest = segment.at_end ? limit - segment.length : 0;
-  for (std::size_t at = limit - segment.length + 1; at > lowest; --at)
-    if (fits(segment, line, at - 1)) return at - 1;
-  return std::nullopt;
-}
-
-// Where the segments after the first one end, when they are found at or after `from`.
-std::optional<std::size_t> Pattern::match_tail(std::string_view line, std::size_t from) const {
-  for (std::size_t i = 1; i < segments_.size(); ++i) {
-    const auto at = first_fit(segments_[i], line, from);
-    if (!at) return std::nullopt;
-    from = *at + segments_[i].length;
+// Sets run_at, and returns the run's length.
+std::size_t Pattern::find_run(Segment& segment) const {
+  std::size_t best = 0;
+  for (std::size_t i = 0, length = 0; i < segment.count; ++i) {
+    length = elements_[segment.first + i].kind == Kind::byte ? length + 1 : 0;
+    if (length <= best) continue;
+    best = length;
+    segment.run_at = i + 1 - length;
   }
-  return from;
+  return best;
+}
+
+// ---- one place
+
+inline bool Pattern::fits(const Segment& segment, std::string_view line, std::size_t at) const {
+  if (line.size() - at < segment.length || (segment.at_end && line.size() - at != segment.length))
+    return false;
+  const Element* const elements = elements_.data() + segment.first;
+  for (std::size_t i = 0; i < segment.length; ++i)
+    if (!takes(elements[i], line[at + i])) return false;
+  return true;
 }
 
 std::optional<std::size_t> Pattern::match_at(std::string_view line, std::size_t col) const {
   if (!wildcard_) {
-    if (line.size() - col < plain_.size()) return std::nullopt;
-    const bool equal =
-        exact_ ? line.substr(col, plain_.size()) == plain_ : equal_folded(line.data() + col, plain_);
+    const bool equal = plain_.find(line.substr(0, col + plain_.size()), col) == col;
     return equal ? std::optional(plain_.size()) : std::nullopt;
   }
   const Segment& head = segments_.front();
@@ -200,57 +163,110 @@ std::optional<std::size_t> Pattern::match_at(std::string_view line, std::size_t 
   return end ? std::optional(*end - col) : std::nullopt;
 }
 
-// The first column at or after `from` that the first element does not rule out; the line's length otherwise.
-std::size_t Pattern::next_candidate(std::string_view line, std::size_t from) const {
-  const Segment& head = segments_.front();
-  if (head.length == 0 || !exact_ || elements_.front().kind != Kind::byte || from == line.size()) return from;
-  const void* found = std::memchr(line.data() + from, elements_.front().byte, line.size() - from);
-  return found == nullptr ? line.size()
-                          : static_cast<std::size_t>(static_cast<const char*>(found) - line.data());
-}
-
-std::optional<std::size_t> Pattern::find_forward(std::string_view line, std::size_t from) const {
-  if (from > line.size() || (anchored_ && from != 0)) return std::nullopt;
-  if (!wildcard_) {
-    const std::size_t at = exact_ ? find_bytes(line, plain_, from) : find_folded(line, plain_, from);
-    return at == std::string_view::npos ? std::nullopt : std::optional(at);
-  }
-  if (anchored_) return match_at(line, 0) ? std::optional<std::size_t>(0) : std::nullopt;
-  const Segment& head = segments_.front();
-  for (std::size_t col = from; col <= line.size(); ++col) {
-    col = next_candidate(line, col);
-    if (!fits(head, line, col)) continue;
-    // What is not found after this column is not found after a later one.
-    return match_tail(line, col + head.length) ? std::optional(col) : std::nullopt;
-  }
-  return std::nullopt;
-}
-
-std::optional<std::size_t> Pattern::find_backward(std::string_view line, std::size_t limit) const {
-  if (!wildcard_) {
-    const std::size_t at = find_last_bytes(line, plain_, limit, !exact_);
-    return at == std::string_view::npos ? std::nullopt : std::optional(at);
-  }
-  if (anchored_) return match_at(line, 0) ? std::optional<std::size_t>(0) : std::nullopt;
-  // The rightmost place from which the tail can still be found.
-  std::size_t tail = line.size();
-  for (std::size_t i = segments_.size(); i-- > 1;) {
-    const auto at = last_fit(segments_[i], line, tail);
-    if (!at) return std::nullopt;
-    tail = *at;
-  }
-  const Segment& head = segments_.front();
-  for (std::size_t end = limit + 1; end > 0; --end) {
-    const std::size_t col = end - 1;
-    if (fits(head, line, col) && col + head.length <= tail) return col;
-  }
-  return std::nullopt;
-}
-
 std::size_t Pattern::match_length(std::string_view line, std::size_t col) const {
   if (!wildcard_) return source_length_;
   if (col > line.size()) return 0;
   return match_at(line, col).value_or(source_length_);
+}
+
+// ---- a line, forward
+
+// The first place at or after `from` where the segment fits.
+std::size_t Pattern::first_fit(const Segment& segment, std::string_view line, std::size_t from) const {
+  if (line.size() - from < segment.length) return kNone;
+  const std::size_t last = line.size() - segment.length;
+  const std::string_view searched = line.substr(0, last + segment.run_at + segment.run.size());
+  for (std::size_t at = segment.at_end ? last : from; at <= last; ++at) {
+    if (!segment.run.empty()) {
+      const std::size_t run = segment.run.find(searched, at + segment.run_at);
+      if (run == kNone) return kNone;
+      at = run - segment.run_at;
+    } else if (segment.length > 0) {
+      while (at < last && !segment.starts[to_byte(line[at])]) ++at;
+    }
+    if (fits(segment, line, at)) return at;
+  }
+  return kNone;
+}
+
+// Where the segments after the first one end, when they are found at or after `from`.
+std::optional<std::size_t> Pattern::match_tail(std::string_view line, std::size_t from) const {
+  for (std::size_t i = 1; i < segments_.size(); ++i) {
+    const std::size_t at = first_fit(segments_[i], line, from);
+    if (at == kNone) return std::nullopt;
+    from = at + segments_[i].length;
+  }
+  return from;
+}
+
+std::optional<std::size_t> Pattern::find_forward(std::string_view line, std::size_t from) const {
+  if (from > line.size() || (anchored_ && from != 0)) return std::nullopt;
+  if (!wildcard_) return found_at(plain_.find(line, from));
+  if (anchored_) return match_at(line, 0) ? std::optional<std::size_t>(0) : std::nullopt;
+  const Segment& head = segments_.front();
+  const std::size_t col = first_fit(head, line, from);
+  // Where the tail is not found after this column, it is not found after a later one.
+  return col != kNone && match_tail(line, col + head.length) ? std::optional(col) : std::nullopt;
+}
+
+// ---- a line, backward
+
+// The last place where the segment fits and ends at or before `limit`.
+std::size_t Pattern::last_fit(const Segment& segment, std::string_view line, std::size_t limit) const {
+  if (limit < segment.length || (segment.at_end && limit < line.size())) return kNone;
+  const std::size_t lowest = segment.at_end ? limit - segment.length : 0;
+  for (std::size_t stop = limit - segment.length + 1; stop > lowest; --stop) {
+    if (!segment.run.empty()) {
+      const std::size_t run = segment.run.find_last(line, stop - 1 + segment.run_at + segment.run.size());
+      if (run == kNone || run < lowest + segment.run_at) return kNone;
+      stop = run - segment.run_at + 1;
+    } else if (segment.length > 0) {
+      while (stop > lowest + 1 && !segment.starts[to_byte(line[stop - 1])]) --stop;
+    }
+    if (fits(segment, line, stop - 1)) return stop - 1;
+  }
+  return kNone;
+}
+
+std::optional<std::size_t> Pattern::find_backward(std::string_view line, std::size_t limit) const {
+  return BackwardMatches(*this, line).previous(limit);
+}
+
+std::optional<std::size_t> BackwardMatches::previous(std::size_t limit) {
+  if (!pattern_.wildcard_) return found_at(pattern_.plain_.find_last(line_, limit));
+  if (pattern_.anchored_) return pattern_.match_at(line_, 0) ? std::optional<std::size_t>(0) : std::nullopt;
+  if (!last_tail_) last_tail_ = last_tail();
+  if (*last_tail_ == kNone) return std::nullopt;
+  const Pattern::Segment& head = pattern_.segments_.front();
+  return found_at(pattern_.last_fit(head, line_, std::min(limit + head.length, *last_tail_)));
+}
+
+std::size_t BackwardMatches::last_tail() const {
+  std::size_t tail = line_.size();
+  for (std::size_t i = pattern_.segments_.size(); i-- > 1 && tail != kNone;)
+    tail = pattern_.last_fit(pattern_.segments_[i], line_, tail);
+  return tail;
+}
+
+std::size_t BackwardMatches::length_at(std::size_t col) {
+  if (!pattern_.wildcard_) return pattern_.source_length_;
+  const auto& segments = pattern_.segments_;
+  places_.resize(segments.size());
+  std::size_t end = col + segments.front().length;
+  for (std::size_t i = 1; i < segments.size(); ++i) {
+    const Pattern::Segment& segment = segments[i];
+    Place& place = places_[i];
+    if (end < place.from) {
+      // Only a place before those that were looked at is news.
+      const bool bounded = place.from != kNone && !segment.at_end;
+      const auto searched = bounded ? line_.substr(0, place.from + segment.length - 1) : line_;
+      const std::size_t at = pattern_.first_fit(segment, searched, end);
+      if (at != kNone) place.at = at;
+      place.from = end;
+    }
+    end = place.at + segment.length;
+  }
+  return end - col;
 }
 
 } // namespace zan

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <bitset>
 #include <cstddef>
 #include <cstdint>
@@ -8,6 +7,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "search/substring.h"
 
 namespace zan {
 
@@ -30,9 +31,12 @@ class Pattern {
 
   bool empty() const { return empty_; }
   bool is_wildcard() const { return wildcard_; }
-  bool is_anchored() const { return anchored_; } // a leading ^: column 0 only
-  bool is_exact() const { return exact_; }
-  std::string_view plain() const { return plain_; } // folded, unless exact; for plain strings
+  bool is_anchored() const { return anchored_; }    // a leading ^: column 0 only
+  const Substring& plain() const { return plain_; } // of a plain string; otherwise empty
+  // Bytes that stand in every match, the more the better; empty when there are none, or a line feed is among
+  // them.
+  const Substring& required() const { return required_; }
+  bool requires_line_feed() const { return requires_line_feed_; } // one stands in every match
 
   // Length of the match that starts at col (at most the line's length), whatever an anchor says.
   std::optional<std::size_t> match_at(std::string_view line, std::size_t col) const;
@@ -45,6 +49,7 @@ class Pattern {
   std::size_t match_length(std::string_view line, std::size_t col) const;
 
  private:
+  friend class BackwardMatches;
   enum class Kind : unsigned char { byte, any, set, end, never };
   struct Element {
     Kind kind;
@@ -57,33 +62,61 @@ class Pattern {
     std::size_t count = 0;  // elements
     std::size_t length = 0; // bytes
     bool at_end = false;
+    Substring run; // the longest stretch of single bytes in it
+    std::size_t run_at = 0;
+    std::bitset<256> starts; // where there is no run: the bytes that it may start with
   };
 
   void compile(std::string_view source);
   std::size_t compile_set(std::string_view source, std::size_t at);
   void add(Kind kind, unsigned char byte = 0, std::uint32_t set = 0);
+  void prepare(Segment& segment) const;
+  std::size_t find_run(Segment& segment) const;
+  void require(const Substring& bytes);
+  bool takes(const Element& element, char c) const;
   bool fits(const Segment& segment, std::string_view line, std::size_t at) const;
-  std::optional<std::size_t> first_fit(const Segment& segment, std::string_view line, std::size_t from) const;
-  std::optional<std::size_t> last_fit(const Segment& segment, std::string_view line, std::size_t limit) const;
+  std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from) const;
+  std::size_t last_fit(const Segment& segment, std::string_view line, std::size_t limit) const;
   std::optional<std::size_t> match_tail(std::string_view line, std::size_t from) const;
-  std::size_t next_candidate(std::string_view line, std::size_t from) const;
 
   bool exact_;
   bool empty_;
   bool wildcard_;
   bool anchored_ = false;
+  bool requires_line_feed_ = false;
   std::size_t source_length_;
-  std::string plain_;
+  Substring plain_;
+  Substring required_;
   std::vector<Element> elements_;
   std::vector<Segment> segments_; // of a wildcard pattern: one more than it has stars
   std::vector<std::bitset<256>> sets_;
 };
 
-// The first occurrence of `needle` (not empty) at or after `from`, npos when there is none. The folded one
-// compares the text's bytes in lower case; its needle is in lower case already.
-std::size_t find_bytes(std::string_view text, std::string_view needle, std::size_t from);
-std::size_t find_folded(std::string_view text, std::string_view needle, std::size_t from);
-// The last occurrence that lies within the first `limit` bytes.
-std::size_t find_last_bytes(std::string_view text, std::string_view needle, std::size_t limit, bool folded);
+// The matches in one line from right to left. It remembers where the parts between stars were found: all
+// steps over a line together cost no more than pattern length times line length.
+class BackwardMatches {
+ public:
+  // Both must outlive it.
+  BackwardMatches(const Pattern& pattern, std::string_view line) : pattern_(pattern), line_(line) {}
+
+  // As Pattern::find_backward.
+  std::optional<std::size_t> previous(std::size_t limit);
+  // As Pattern::match_length, at a column that previous() gave; these never increase.
+  std::size_t length_at(std::size_t col);
+
+ private:
+  // The first place of a segment at or after `from`.
+  struct Place {
+    std::size_t from = std::string_view::npos; // npos: not looked for yet
+    std::size_t at = std::string_view::npos;
+  };
+
+  std::size_t last_tail() const;
+
+  const Pattern& pattern_;
+  std::string_view line_;
+  std::optional<std::size_t> last_tail_; // the last place where what follows the first star matches
+  std::vector<Place> places_;            // of the segments after the first
+};
 
 } // namespace zan

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "search/store_scan.h"
 #include "text/bytes.h"
 
 namespace zan {
@@ -10,128 +11,127 @@ namespace {
 
 using Abort = const volatile std::sig_atomic_t;
 
-// The sides of a match that lies at `offset` of the text, without fetching its line.
+// Does a match at `offset` of the text satisfy the constraints? Its line is not fetched, for it may be long.
 bool constraints_ok_at(const LineStore& text, std::uint64_t offset, std::uint64_t length,
                        const SearchConstraints& wanted) {
   const Position at = text.position_of(offset);
-  const std::uint64_t line_end = offset - at.col + text.line_length(at.row);
-  const bool at_end = offset + length == line_end;
-  if ((wanted.begin && at.col != 0) || (wanted.end && !at_end)) return false;
-  const auto delimits = [&](std::uint64_t place) { return wanted.delimiters[to_byte(text.byte_at(place))]; };
-  return !wanted.word || ((at.col == 0 || delimits(offset - 1)) && (at_end || delimits(offset + length)));
+  const bool at_end = offset + length == text.line_end(at.row);
+  const LeftSide left{at.col == 0, at.col == 0 ? '\0' : text.byte_at(offset - 1)};
+  const TextView around = text.slice(offset, offset + length + (at_end ? 0 : 1));
+  return constraints_ok(left, around, 0, static_cast<std::size_t>(length), wanted);
 }
 
-// A plain string without a line feed cannot match across a line break, so lines need not be told apart: the
-// chunks are searched as they lie, and the seams between them in a small window of their own.
+// The occurrences of a plain string without a line feed. None goes across a line break, so the search need
+// not tell lines apart.
 class PlainSearch {
  public:
-  PlainSearch(const LineStore& text, const Pattern& pattern, const SearchConstraints& wanted, Abort& abort)
-      : text_(text), needle_(pattern.plain()), folded_(!pattern.is_exact()), wanted_(wanted), abort_(abort) {}
+  PlainSearch(const LineStore& text, const SearchConstraints& wanted, Abort& abort)
+      : text_(text), wanted_(wanted), abort_(abort) {}
 
-  // Offset of the first occurrence at or after `begin` that satisfies the constraints. One that does not is
-  // passed over whole.
-  std::optional<std::uint64_t> first_from(std::uint64_t begin) const {
-    PieceWalker walker(text_, begin, text_.byte_count());
-    std::string seam; // the last bytes before the chunk, fewer than the needle has
-    for (Chunk chunk; walker.next(chunk) && abort_ == 0;) {
-      const std::string joined = seam + std::string(chunk.bytes.substr(0, needle_.size() - 1));
-      const Chunk window{joined, chunk.offset - seam.size(), true};
-      if (const auto found = first_in(window, seam.size(), begin)) return found;
-      if (const auto found = first_in(chunk, chunk.bytes.size(), begin)) return found;
-      keep_last(seam, chunk.bytes);
+  std::optional<Position> forward(const Substring& needle, std::uint64_t from) const {
+    StoreScan scan(text_, needle, from, text_.byte_count(), StoreScan::Way::forward);
+    while (abort_ == 0) {
+      const auto found = scan.next(from);
+      if (!found) break;
+      if (accepts(scan, *found, needle.size())) return text_.position_of(*found);
+      from = *found + needle.size();
     }
     return std::nullopt;
   }
 
-  // The last one that ends at or before `end`; likewise.
-  std::optional<std::uint64_t> last_until(std::uint64_t end) const {
-    PieceWalker walker(text_, 0, end);
-    std::string seam; // the first bytes after the chunk
-    for (Chunk chunk; walker.previous(chunk) && abort_ == 0;) {
-      const std::size_t kept = std::min(chunk.bytes.size(), needle_.size() - 1);
-      const std::string joined = std::string(chunk.bytes.substr(chunk.bytes.size() - kept)) + seam;
-      const Chunk window{joined, chunk.offset + chunk.bytes.size() - kept, true};
-      if (!seam.empty()) {
-        if (const auto found = last_in(window, end)) return found;
-      }
-      if (const auto found = last_in(chunk, end)) return found;
-      seam.insert(0, chunk.bytes.substr(0, needle_.size() - 1));
-      seam.resize(std::min(seam.size(), needle_.size() - 1));
+  std::optional<Position> backward(const Substring& needle, std::uint64_t until) const {
+    StoreScan scan(text_, needle, 0, until, StoreScan::Way::backward);
+    while (abort_ == 0) {
+      const auto found = scan.previous(until);
+      if (!found) break;
+      if (accepts(scan, *found, needle.size())) return text_.position_of(*found);
+      until = *found;
     }
     return std::nullopt;
   }
 
  private:
-  // Looks at the occurrences that start before `limit` of the chunk and not before the offset `begin`, which
-  // is moved beyond those that are passed over.
-  std::optional<std::uint64_t> first_in(const Chunk& chunk, std::size_t limit, std::uint64_t& begin) const {
-    while (abort_ == 0) {
-      const auto from = static_cast<std::size_t>(std::max(begin, chunk.offset) - chunk.offset);
-      const std::size_t at = from < limit ? find(chunk.bytes, from) : std::string_view::npos;
-      if (at == std::string_view::npos || at >= limit) break;
-      if (accepts(chunk, at)) return chunk.offset + at;
-      begin = chunk.offset + at + needle_.size();
-    }
-    return std::nullopt;
-  }
-
-  std::optional<std::uint64_t> last_in(const Chunk& chunk, std::uint64_t& end) const {
-    while (abort_ == 0 && end > chunk.offset) {
-      const auto limit =
-          static_cast<std::size_t>(std::min<std::uint64_t>(end - chunk.offset, chunk.bytes.size()));
-      const std::size_t at = find_last_bytes(chunk.bytes, needle_, limit, folded_);
-      if (at == std::string_view::npos) break;
-      if (accepts(chunk, at)) return chunk.offset + at;
-      end = chunk.offset + at;
-    }
-    return std::nullopt;
-  }
-
-  // The bytes around the match tell, when they lie in the chunk too and a line feed there ends a line.
-  bool accepts(const Chunk& chunk, std::size_t at) const {
+  bool accepts(const StoreScan& scan, std::uint64_t offset, std::size_t length) const {
     if (wanted_.none()) return true;
-    const std::size_t after = at + needle_.size();
-    if (chunk.literal || at == 0 || after >= chunk.bytes.size())
-      return constraints_ok_at(text_, chunk.offset + at, needle_.size(), wanted_);
-    const char left = chunk.bytes[at - 1];
-    const char right = chunk.bytes[after];
-    if ((wanted_.begin && left != '\n') || (wanted_.end && right != '\n')) return false;
-    const auto bounds = [&](char c) { return c == '\n' || wanted_.delimiters[to_byte(c)]; };
-    return !wanted_.word || (bounds(left) && bounds(right));
-  }
-
-  std::size_t find(std::string_view bytes, std::size_t from) const {
-    return folded_ ? find_folded(bytes, needle_, from) : find_bytes(bytes, needle_, from);
-  }
-  void keep_last(std::string& seam, std::string_view bytes) const {
-    const std::size_t wanted = needle_.size() - 1;
-    seam.append(bytes.substr(bytes.size() - std::min(bytes.size(), wanted)));
-    seam.erase(0, seam.size() - std::min(seam.size(), wanted));
+    const std::string_view window = scan.window();
+    const std::size_t begin = static_cast<std::size_t>(offset - scan.window_begin());
+    const std::size_t end = begin + length;
+    if (scan.window_is_literal() || begin == 0 || end == window.size())
+      return constraints_ok_at(text_, offset, length, wanted_);
+    const LeftSide left{window[begin - 1] == '\n', window[begin - 1]};
+    const std::string_view around = window.substr(begin, window[end] == '\n' ? length : length + 1);
+    return constraints_ok(left, around, 0, length, wanted_);
   }
 
   const LineStore& text_;
-  std::string_view needle_;
-  bool folded_;
   const SearchConstraints& wanted_;
   Abort& abort_;
 };
 
-std::optional<Position> plain_forward(const LineStore& text, const Pattern& pattern, std::uint64_t from,
-                                      const SearchConstraints& wanted, Abort& abort) {
-  const auto found = PlainSearch(text, pattern, wanted, abort).first_from(from);
-  return found ? std::optional(text.position_of(*found)) : std::nullopt;
-}
+// The lines that a wildcard pattern may match in: those that hold its required bytes, or all when there are
+// none. The others are passed over at the speed of the scan.
+class CandidateLines {
+ public:
+  // Goes forward to the end of the text or backward to its beginning.
+  CandidateLines(const LineStore& text, const Pattern& pattern, std::uint64_t start, StoreScan::Way way)
+      : text_(text), required_(pattern.required()),
+        scan_(text, required_, way == StoreScan::Way::forward ? start : 0,
+              way == StoreScan::Way::forward ? text.byte_count() : start, way) {}
 
-std::optional<Position> plain_backward(const LineStore& text, const Pattern& pattern, std::uint64_t until,
-                                       const SearchConstraints& wanted, Abort& abort) {
-  const auto found = PlainSearch(text, pattern, wanted, abort).last_until(until);
-  return found ? std::optional(text.position_of(*found)) : std::nullopt;
-}
+  // The first one that can hold a match starting at or after `from`, which never decreases.
+  bool next(std::uint64_t from) {
+    if (from > text_.byte_count()) return false;
+    if (required_.empty()) scan_.reach(from);
+    return load(required_.empty() ? from : scan_.next(from));
+  }
+  // The last one that ends at or before `until`, which is a line's end and never increases.
+  bool previous(std::uint64_t until) {
+    if (required_.empty()) scan_.reach(until);
+    return load(required_.empty() ? until : scan_.previous(until));
+  }
+
+  std::string_view line() const { return line_; }
+  std::uint64_t begin() const { return begin_; }
+
+ private:
+  bool load(std::optional<std::uint64_t> offset) {
+    if (offset && !load_from_window(*offset)) {
+      const Position at = text_.position_of(*offset);
+      begin_ = *offset - at.col;
+      line_ = text_.line(at.row);
+    }
+    return offset.has_value();
+  }
+
+  // Takes the line around `offset` from the scan's window, unless it is long or reaches beyond.
+  bool load_from_window(std::uint64_t offset) {
+    constexpr std::size_t kNear = 4096;
+    if (scan_.window_is_literal() || offset < scan_.window_begin() || offset > scan_.window_end())
+      return false;
+    const std::string_view window = scan_.window();
+    const std::size_t at = static_cast<std::size_t>(offset - scan_.window_begin());
+    const std::size_t near = at - std::min(at, kNear);
+    const std::size_t before = window.substr(near, at - near).rfind('\n');
+    const std::size_t after = window.substr(at, kNear).find('\n');
+    if (before == std::string_view::npos || after == std::string_view::npos) return false;
+    const std::size_t first = near + before + 1;
+    begin_ = scan_.window_begin() + first;
+    line_ = TextView(window.substr(first, at + after - first));
+    return true;
+  }
+
+  const LineStore& text_;
+  const Substring& required_;
+  StoreScan scan_;
+  TextView line_;
+  std::uint64_t begin_ = 0; // of the line
+};
 
 // The first match in one line, from a column on, that satisfies the constraints.
 std::optional<std::size_t> line_forward(std::string_view line, const Pattern& pattern, std::size_t from,
                                         const SearchConstraints& wanted, Abort& abort) {
   while (const auto col = pattern.find_forward(line, from)) {
+    if (wanted.none()) return col;
     const std::size_t length = pattern.match_length(line, *col);
     if (constraints_ok(line, *col, length, wanted)) return col;
     if (abort != 0) break;
@@ -142,16 +142,48 @@ std::optional<std::size_t> line_forward(std::string_view line, const Pattern& pa
 
 std::optional<std::size_t> line_backward(std::string_view line, const Pattern& pattern, std::size_t limit,
                                          const SearchConstraints& wanted, Abort& abort) {
-  while (const auto col = pattern.find_backward(line, limit)) {
-    if (constraints_ok(line, *col, pattern.match_length(line, *col), wanted)) return col;
+  BackwardMatches matches(pattern, line);
+  while (const auto col = matches.previous(limit)) {
+    if (wanted.none() || constraints_ok(line, *col, matches.length_at(*col), wanted)) return col;
     if (*col == 0 || abort != 0) break;
     limit = pattern.is_wildcard() ? *col - 1 : *col;
   }
   return std::nullopt;
 }
 
-bool searched_by_pieces(const Pattern& pattern) {
-  return !pattern.is_wildcard() && pattern.plain().find('\n') == std::string_view::npos;
+std::optional<Position> lines_forward(const LineStore& text, const Pattern& pattern, std::uint64_t from,
+                                      const SearchConstraints& wanted, Abort& abort) {
+  CandidateLines lines(text, pattern, from, StoreScan::Way::forward);
+  while (abort == 0 && lines.next(from)) {
+    const std::size_t col = static_cast<std::size_t>(std::max(from, lines.begin()) - lines.begin());
+    if (const auto found = line_forward(lines.line(), pattern, col, wanted, abort))
+      return text.position_of(lines.begin() + *found);
+    from = lines.begin() + lines.line().size() + 1;
+  }
+  return std::nullopt;
+}
+
+std::optional<Position> lines_backward(const LineStore& text, const Pattern& pattern, Position start,
+                                       const SearchConstraints& wanted, Abort& abort) {
+  // In the first line a match may reach past the limit, so the scan for required bytes begins above it.
+  const auto found =
+      line_backward(text.line(start.row), pattern, static_cast<std::size_t>(start.col), wanted, abort);
+  if (found) return Position{start.row, *found};
+  std::uint64_t begin = text.line_start(start.row);
+  CandidateLines lines(text, pattern, begin, StoreScan::Way::backward);
+  while (abort == 0 && begin > 0 && lines.previous(begin - 1)) {
+    begin = lines.begin();
+    if (const auto col = line_backward(lines.line(), pattern, lines.line().size(), wanted, abort))
+      return text.position_of(begin + *col);
+  }
+  return std::nullopt;
+}
+
+// A plain string is searched without regard to lines, unless it holds a line feed itself.
+bool ignores_lines(const Pattern& pattern) { return !pattern.is_wildcard() && !pattern.requires_line_feed(); }
+
+bool cannot_match(const LineStore& text, const Pattern& pattern) {
+  return pattern.empty() || (pattern.requires_line_feed() && !text.holds_literal_breaks());
 }
 
 } // namespace
@@ -174,31 +206,23 @@ bool constraints_ok(LeftSide left, std::string_view line, std::size_t col, std::
 
 std::optional<Position> search_forward(const LineStore& text, const Pattern& pattern, Position start,
                                        const SearchConstraints& wanted, Abort& abort) {
-  if (pattern.empty() || start.row >= text.line_count()) return std::nullopt;
-  if (start.col > text.line_length(start.row)) start = {start.row + 1, 0};
-  if (start.row >= text.line_count()) return std::nullopt;
-  if (searched_by_pieces(pattern)) return plain_forward(text, pattern, text.offset_of(start), wanted, abort);
-  LineWalker walker(text, start.row);
-  for (std::string_view line; abort == 0 && walker.next(line); start = {start.row + 1, 0})
-    if (const auto col = line_forward(line, pattern, start.col, wanted, abort))
-      return Position{start.row, *col};
-  return std::nullopt;
+  if (cannot_match(text, pattern) || start.row >= text.line_count()) return std::nullopt;
+  // A column beyond the line's end stands for the next line, whose first byte comes after the break.
+  const std::uint64_t length = text.line_length(start.row);
+  const std::uint64_t from = text.line_start(start.row) + std::min(start.col, length + 1);
+  return ignores_lines(pattern) ? PlainSearch(text, wanted, abort).forward(pattern.plain(), from)
+                                : lines_forward(text, pattern, from, wanted, abort);
 }
 
 std::optional<Position> search_backward(const LineStore& text, const Pattern& pattern, Position start,
                                         const SearchConstraints& wanted, Abort& abort) {
-  if (pattern.empty()) return std::nullopt;
-  std::uint64_t row = std::min(start.row, text.line_count() - 1);
+  if (cannot_match(text, pattern)) return std::nullopt;
   // A row beyond the last line is taken as the last one, the column stays.
-  const std::uint64_t limit = std::min(start.col, text.line_length(row));
-  if (searched_by_pieces(pattern))
-    return plain_backward(text, pattern, text.offset_of({row, limit}), wanted, abort);
-  for (std::size_t until = limit; abort == 0; until = static_cast<std::size_t>(text.line_length(row))) {
-    const TextView line = text.line(row);
-    if (const auto col = line_backward(line, pattern, until, wanted, abort)) return Position{row, *col};
-    if (row-- == 0) break;
-  }
-  return std::nullopt;
+  start.row = std::min(start.row, text.line_count() - 1);
+  start.col = std::min(start.col, text.line_length(start.row));
+  return ignores_lines(pattern)
+             ? PlainSearch(text, wanted, abort).backward(pattern.plain(), text.offset_of(start))
+             : lines_backward(text, pattern, start, wanted, abort);
 }
 
 } // namespace zan

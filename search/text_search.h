@@ -36,9 +36,9 @@ bool constraints_ok(LeftSide left, std::string_view line, std::size_t col, std::
 // one before it, that satisfies the constraints. A rejected match is passed over as a whole forward; backward
 // the search goes on before its start. Nothing for an empty pattern.
 //
-// Plain strings are searched in the pieces of the text as they lie in memory, wildcard patterns line by line;
-// either way the cost is linear in the text passed over. `abort` set from outside stops the search early,
-// with nothing found.
+// Plain strings are searched in the pieces of the text as they lie in memory, wildcard patterns line by line,
+// in the lines that hold the bytes which every match must hold. The cost is linear in the text passed over.
+// `abort` set from outside stops the search early, with nothing found.
 std::optional<Position> search_forward(const LineStore& text, const Pattern& pattern, Position start,
                                        const SearchConstraints& wanted,
                                        const volatile std::sig_atomic_t& abort);

@@ -1,8 +1,8 @@
 #include "search/pattern.h"
 
-#include <random>
-
 #include <gtest/gtest.h>
+
+#include <random>
 
 #include "text/bytes.h"
 
@@ -153,6 +153,12 @@ TEST(Pattern, AgreesWithTheElementByElementMatcher) {
     }
     ASSERT_EQ(column(pattern.find_forward(line, 0)), first);
     ASSERT_EQ(column(pattern.find_backward(line, line.size())), last);
+    zan::BackwardMatches matches(pattern, line);
+    for (std::size_t col = anchored ? 1 : line.size() + 1; col-- > 0;) {
+      if (plain_match(elements, std::string_view(text).substr(col)) < 0) continue;
+      ASSERT_EQ(column(matches.previous(col)), static_cast<std::int64_t>(col));
+      ASSERT_EQ(matches.length_at(col), pattern.match_length(line, col)) << "at " << col;
+    }
   }
 }
 
@@ -165,4 +171,11 @@ TEST(Pattern, LongLinesAndLongPatterns) {
   for (int i = 0; i < 100; ++i) stars += "a*";
   EXPECT_EQ(Pattern(stars, true).match_at(line, 0), std::optional<std::size_t>(100));
   EXPECT_EQ(Pattern(std::string(1000000, '?'), true).find_forward(line, 0), std::optional<std::size_t>(0));
+  const Pattern far("a*b", true);
+  const std::string ended = line + "b";
+  zan::BackwardMatches matches(far, ended);
+  for (std::size_t col = line.size(); col-- > 0;) {
+    ASSERT_EQ(matches.previous(col), std::optional(col));
+    ASSERT_EQ(matches.length_at(col), line.size() + 1 - col);
+  }
 }

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "search/substring.h"
+#include "text/line_store.h"
+
+namespace zan {
+
+// Looks for one byte string in a text, forward or backward, in the pieces as they lie in memory. Line breaks
+// are read as line feeds. Many searches, each going on where the last one ended, cost together one pass.
+//
+// The text is seen through windows that overlap by one byte less than the needle has: a large piece is a
+// window of its own, and what lies around and between large pieces is copied together into seams.
+class StoreScan {
+ public:
+  enum class Way { forward, backward };
+  // Searches [begin, end). An empty needle is for those who only want the windows.
+  StoreScan(const LineStore& text, const Substring& needle, std::uint64_t begin, std::uint64_t end, Way way);
+  StoreScan(const StoreScan&) = delete;
+  StoreScan& operator=(const StoreScan&) = delete;
+
+  // Forward only: offset of the first occurrence that starts at or after `from`, which never decreases.
+  std::optional<std::uint64_t> next(std::uint64_t from);
+  // Backward only: offset of the last occurrence that ends at or before `until`, which never increases.
+  std::optional<std::uint64_t> previous(std::uint64_t until);
+  // Moves on to the window that the byte at `offset` (backward: the one before it) is in, if there is one.
+  void reach(std::uint64_t offset);
+
+  // The window at hand, valid until the next search. It holds the occurrence found last.
+  std::string_view window() const { return window_; }
+  std::uint64_t window_begin() const { return begin_; }
+  std::uint64_t window_end() const { return begin_ + window_.size(); }
+  // Some line feed in the window may be a byte of a line instead of a break.
+  bool window_is_literal() const { return literal_; }
+
+ private:
+  bool fetch();
+  bool is_large() const;
+  bool advance();
+  void sew();
+
+  const Substring& needle_;
+  PieceWalker walker_;
+  bool forward_;
+  std::size_t overlap_;
+  std::string_view window_;
+  std::uint64_t begin_; // of the window
+  bool literal_ = false;
+  std::string seam_;
+  Chunk chunk_;
+  bool chunk_waits_ = false; // chunk_ has not been in a window yet
+  bool chunk_sewn_ = false;  // a seam reaches into it, so it may be a window by itself
+};
+
+} // namespace zan
