@@ -109,7 +109,7 @@ TEST(Interrupt, StopsASearchAndAnUnguardedProgramEnds) {
   const TemporaryDirectory directory;
   OnTerminal zan(file_of_lines(directory, 3000, std::string(20000, 'a')));
   zan.expect("*");
-  zan.type("FIND " + std::string(500, '?') + "b\n");
+  zan.type("FIND " + std::string(500, '?') + "[b]\n");
   zan.expect_guarded();
   zan.type("\x03");
   zan.expect("*Abort*\r\n*");
