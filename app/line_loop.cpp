@@ -4,6 +4,8 @@
 
 #include "app/stack.h"
 #include "files/stat.h"
+#include "screen/screen_prompt.h"
+#include "screen/terminal.h"
 #include "text/bytes.h"
 #include "text/load_file.h"
 
@@ -115,6 +117,8 @@ std::string Editor::join_path(const std::string& dir, const std::string& name) {
 bool Editor::file_exists(const std::string& path) { return zan::file_exists(path); }
 
 std::optional<std::string> Editor::read_text_line(std::string_view text_prompt, bool verbose) {
+  // While the screen has the terminal, its prompt asks for one line after the other.
+  if (g_curses_active) return zan::read_screen_line(*this, "Command: ");
   say(verbose, text_prompt);
   return console.read_line();
 }

@@ -189,6 +189,10 @@ Editor::CommandResult Editor::change_command(const std::string& arg, bool verbos
     execute_nokeypad_string(trim(text.substr(1)), verbose);
     return CommandResult::Continue;
   }
-  say(verbose, "?Unrecognized command: CHANGE\n");
-  return CommandResult::Error;
+  if (keypad == "NOKEYPAD") {
+    append_journal_line("CHANGE");
+    nokeypad_mode();
+    return CommandResult::Continue;
+  }
+  return CommandResult::EnterScreen;
 }

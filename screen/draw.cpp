@@ -1,0 +1,121 @@
+#include "screen/draw.h"
+
+#include <clocale>
+#include <langinfo.h>
+#include <locale.h>
+
+#include "app/editor.h"
+#include "screen/curses.h"
+#include "screen/terminal.h"
+
+namespace zan {
+
+namespace {
+
+// The user's locale, for as long as something is put on the terminal: the library needs it for characters
+// beyond ASCII, while the program's own tests of bytes must not depend on it.
+class OutputLocale {
+ public:
+  OutputLocale() : before_(users() != locale_t{} ? uselocale(users()) : locale_t{}) {}
+  ~OutputLocale() {
+    if (before_ != locale_t{}) uselocale(before_);
+  }
+  OutputLocale(const OutputLocale&) = delete;
+  OutputLocale& operator=(const OutputLocale&) = delete;
+
+  static locale_t users() {
+    static const locale_t locale = newlocale(LC_CTYPE_MASK, "", locale_t{});
+    return locale;
+  }
+
+ private:
+  locale_t before_;
+};
+
+void put_row(int row, const std::vector<Run>& runs) {
+  if (wmove(stdscr, row, 0) == ERR) return;
+  wclrtoeol(stdscr);
+  for (const Run& run : runs) {
+    if (run.reverse) wattr_on(stdscr, A_REVERSE, nullptr);
+    waddnstr(stdscr, run.text.data(), static_cast<int>(run.text.size()));
+    if (run.reverse) wattr_off(stdscr, A_REVERSE, nullptr);
+  }
+}
+
+ScreenView view_of(const Editor& editor) {
+  ScreenView view;
+  view.text = editor.current.lines();
+  view.cursor = {editor.cursor_row, editor.cursor_col};
+  view.corner = {editor.top_row, editor.left_col};
+  view.rows = screen_size().rows;
+  view.columns = screen_size().columns;
+  view.screen_lines = editor.screen_lines;
+  view.top_margin = editor.cursor_top_margin;
+  view.bottom_margin = editor.cursor_bottom_margin;
+  view.line_numbers = editor.line_numbers;
+  view.truncate = editor.truncate;
+  return view;
+}
+
+std::string status_line(const Editor& editor) {
+  std::string text = " EDIT[" + editor.current_buffer_name + "]";
+  text += editor.direction == Editor::Direction::Backup ? " BACKUP" : " ADVANCE";
+  if (editor.overstrike) text += " OVR";
+  if (editor.select_active()) text += " SELECT";
+  if (editor.current.modified()) text += " *";
+  if (editor.left_col != 0) text += " col+" + std::to_string(editor.left_col);
+  if (!editor.debug_keys) return text + "  PF1=GOLD PF3=FNDNXT GOLD+PF3=FIND Ctrl/Z=CMD";
+  return text + "  KEY: " + (editor.last_key_name.empty() ? "(none)" : editor.last_key_name);
+}
+
+} // namespace
+
+bool terminal_shows_utf8() {
+  static const bool shows = OutputLocale::users() != locale_t{} &&
+                            std::string_view(nl_langinfo_l(CODESET, OutputLocale::users())) == "UTF-8";
+  return shows;
+}
+
+void show_picture(const Picture& picture) {
+  const OutputLocale locale;
+  for (std::size_t i = 0; i < picture.rows.size(); ++i) put_row(static_cast<int>(i), picture.rows[i]);
+  if (picture.cursor) wmove(stdscr, picture.cursor->row, picture.cursor->column);
+  wrefresh(stdscr);
+}
+
+void show_bottom_row(const std::vector<Run>& runs, int column) {
+  const OutputLocale locale;
+  const int row = screen_size().rows - 1;
+  put_row(row, runs);
+  wmove(stdscr, row, column);
+  wrefresh(stdscr);
+}
+
+void show_page(std::span<const std::string_view> rows) {
+  const OutputLocale locale;
+  werase(stdscr);
+  for (std::size_t i = 0; i < rows.size(); ++i)
+    if (wmove(stdscr, static_cast<int>(i), 0) != ERR)
+      waddnstr(stdscr, rows[i].data(), static_cast<int>(rows[i].size()));
+  wrefresh(stdscr);
+}
+
+} // namespace zan
+
+void Editor::adjust_view() {
+  const zan::Corner corner = zan::corner_for_cursor(zan::view_of(*this));
+  top_row = corner.top_row;
+  left_col = corner.left_col;
+}
+
+void Editor::draw_screen() {
+  if (!g_curses_active) return;
+  adjust_view();
+  zan::ScreenView view = zan::view_of(*this);
+  view.utf8 = zan::terminal_shows_utf8();
+  if (const auto span = active_select_span())
+    view.selection = {{span->start_row, span->start_col}, {span->end_row, span->end_col}};
+  view.status = zan::status_line(*this);
+  view.message = status_message;
+  zan::show_picture(zan::make_picture(view));
+}

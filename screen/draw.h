@@ -1,0 +1,18 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "screen/picture.h"
+
+// Puts things on the terminal.
+namespace zan {
+
+bool terminal_shows_utf8();
+void show_picture(const Picture& picture);
+// On the lowest row, with the cursor at `column`.
+void show_bottom_row(const std::vector<Run>& runs, int column);
+// Each text from column 0 of its own row on, unbounded; those below the last row are left out.
+void show_page(std::span<const std::string_view> rows);
+
+} // namespace zan

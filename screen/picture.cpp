@@ -1,0 +1,203 @@
+#include "screen/picture.h"
+
+#include <algorithm>
+
+#include "text/bytes.h"
+
+namespace zan {
+
+namespace {
+
+constexpr int kTabStop = 8;
+
+// One row while it is written, a glyph for every column.
+class RowCells {
+ public:
+  explicit RowCells(int columns) : columns_(static_cast<std::size_t>(std::max(columns, 0))) {}
+
+  void put(std::string_view glyph, bool reverse) {
+    if (column_ >= columns_) return;
+    if (column_ == cells_.size()) cells_.emplace_back();
+    cells_[column_++] = {std::string(glyph), reverse};
+  }
+  void put_each(std::string_view glyphs, bool reverse) {
+    for (const char& c : glyphs) put({&c, 1}, reverse);
+  }
+  void tab(bool reverse) {
+    do put(" ", reverse);
+    while (column_ % kTabStop != 0 && column_ < columns_);
+  }
+  void to_start() { column_ = 0; }
+  void back() { column_ -= column_ > 0 ? 1 : 0; }
+
+  std::vector<Run> runs() const {
+    std::vector<Run> result;
+    for (const Run& cell : cells_) {
+      if (result.empty() || result.back().reverse != cell.reverse) result.push_back({"", cell.reverse});
+      result.back().text += cell.text;
+    }
+    return result;
+  }
+
+ private:
+  std::size_t columns_;
+  std::size_t column_ = 0;
+  std::vector<Run> cells_;
+};
+
+std::string line_number(const ScreenView& view, std::uint64_t row) {
+  return view.line_numbers ? std::to_string(row + 1) + " " : "";
+}
+
+// Columns from the left edge of the screen to the cursor; negative when it is left of it.
+std::int64_t cursor_column(const ScreenView& view, std::uint64_t left_col) {
+  return static_cast<std::int64_t>(line_number(view, view.cursor.row).size()) +
+         static_cast<std::int64_t>(view.cursor.col) - static_cast<std::int64_t>(left_col);
+}
+
+// The selected bytes of line `row`, which has `length` of them, as begin and end.
+std::pair<std::uint64_t, std::uint64_t> selected_bytes(const ScreenView& view, std::uint64_t row,
+                                                       std::uint64_t length) {
+  if (!view.selection || row < view.selection->start.row || row > view.selection->end.row) return {0, 0};
+  const std::uint64_t begin = row == view.selection->start.row ? view.selection->start.col : 0;
+  const std::uint64_t end = row == view.selection->end.row ? view.selection->end.col : length;
+  return {std::min(begin, length), std::min(end, length)};
+}
+
+std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row) {
+  std::string shown = line_number(view, row);
+  const std::uint64_t prefix = shown.size();
+  const std::uint64_t width = static_cast<std::uint64_t>(std::max(view.columns, 0));
+  const std::uint64_t start = view.text.line_start(row);
+  const std::uint64_t length = view.text.line_length(row);
+  const std::uint64_t skipped = view.truncate ? 0 : std::min(view.corner.left_col, length);
+  const auto [begin, end] = selected_bytes(view, row, length);
+  const auto column = [&, from = skipped](std::uint64_t byte) {
+    return static_cast<std::size_t>(prefix + (byte > from ? byte - from : 0));
+  };
+  if (width > prefix) {
+    const std::uint64_t last = std::min(length, skipped + width - prefix);
+    shown += view.text.slice(start + skipped, start + last).get();
+  }
+  return display_runs(shown, column(begin), end > begin ? column(end) : column(begin), view.columns,
+                      view.utf8);
+}
+
+std::vector<Run> plain_runs(const ScreenView& view, std::string_view text) {
+  return display_runs(text.substr(0, static_cast<std::size_t>(std::max(view.columns, 0))), 0, 0, view.columns,
+                      view.utf8);
+}
+
+// The rows, counted from 0, between which the cursor stays.
+std::pair<int, int> cursor_band(const ScreenView& view) {
+  const int rows = text_rows(view);
+  int low = view.top_margin > 0 ? view.top_margin - 1 : 0;
+  int high = view.bottom_margin > 0 ? view.bottom_margin - 1 : rows - 1;
+  if (view.top_margin > 0 || view.bottom_margin > 0) {
+    high = std::min(high, rows - 1);
+    if (low > high) std::swap(low, high);
+  }
+  return {low, high};
+}
+
+std::uint64_t left_col_for_cursor(const ScreenView& view) {
+  const std::uint64_t left = view.corner.left_col;
+  const std::uint64_t col = view.cursor.col;
+  const std::int64_t column = cursor_column(view, left);
+  if (column < 0) return col >= 5 ? col - 4 : 0;
+  if (column < view.columns - 1) return left;
+  const std::int64_t prefix = column - static_cast<std::int64_t>(col) + static_cast<std::int64_t>(left);
+  const std::int64_t room = std::max<std::int64_t>(1, view.columns - prefix - 1);
+  return col + 1 - std::min(col + 1, static_cast<std::uint64_t>(room));
+}
+
+std::optional<ScreenCell> cursor_cell(const ScreenView& view) {
+  const std::int64_t column = cursor_column(view, view.corner.left_col);
+  if (view.cursor.row < view.corner.top_row || column < 0 || column >= view.columns) return std::nullopt;
+  const std::uint64_t row = view.cursor.row - view.corner.top_row;
+  if (row >= static_cast<std::uint64_t>(text_rows(view))) return std::nullopt;
+  return ScreenCell{static_cast<int>(row), static_cast<int>(column)};
+}
+
+} // namespace
+
+int text_rows(const ScreenView& view) {
+  const int rows = std::max(1, view.rows - 3);
+  return view.screen_lines > 0 ? std::max(1, std::min(view.screen_lines, rows)) : rows;
+}
+
+Corner corner_for_cursor(const ScreenView& view) {
+  Corner corner = view.corner;
+  const auto [low, high] = cursor_band(view);
+  const std::uint64_t row = view.cursor.row;
+  const std::uint64_t first = static_cast<std::uint64_t>(low);
+  const std::uint64_t last = static_cast<std::uint64_t>(high);
+  if (row < corner.top_row + first) corner.top_row = row >= first ? row - first : 0;
+  else if (row > corner.top_row + last) corner.top_row = row - last;
+  corner.left_col = view.truncate ? 0 : left_col_for_cursor(view);
+  return corner;
+}
+
+Picture make_picture(const ScreenView& view) {
+  Picture picture;
+  picture.rows.resize(static_cast<std::size_t>(std::max(view.rows, 0)));
+  const auto put = [&](int row, std::vector<Run> runs) {
+    if (row >= 0 && row < view.rows) picture.rows[static_cast<std::size_t>(row)] = std::move(runs);
+  };
+  const std::uint64_t lines = view.text.line_count();
+  for (int i = 0; i < text_rows(view); ++i) {
+    const std::uint64_t row = view.corner.top_row + static_cast<std::uint64_t>(i);
+    if (row < lines) put(i, line_runs(view, row));
+    else if (row == lines) put(i, plain_runs(view, "[EOB]"));
+  }
+  put(view.rows - 3, plain_runs(view, std::string(static_cast<std::size_t>(std::max(view.columns, 1)), '-')));
+  put(view.rows - 2, plain_runs(view, view.status));
+  put(view.rows - 1, plain_runs(view, view.message));
+  picture.cursor = cursor_cell(view);
+  return picture;
+}
+
+std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
+                              int columns, bool utf8) {
+  RowCells cells(columns);
+  for (std::size_t i = 0; i < bytes.size();) {
+    const bool reverse = i >= reverse_begin && i < reverse_end;
+    const char c = bytes[i];
+    const std::size_t wide = utf8 ? utf8_length(bytes.substr(i)) : 0;
+    if (c >= ' ' && c <= '~') cells.put({&c, 1}, reverse);
+    else if (wide > 0) cells.put(bytes.substr(i, wide), reverse);
+    else if (c == '\t') cells.tab(reverse);
+    else if (c == '\r') cells.to_start();
+    else if (c == '\b') cells.back();
+    else cells.put_each(visible_byte(c), reverse);
+    i += std::max<std::size_t>(wide, 1);
+  }
+  return cells.runs();
+}
+
+std::string visible_byte(char c) {
+  const unsigned char byte = to_byte(c);
+  if (byte < 128) return {'^', static_cast<char>(byte ^ 64U)};
+  const char low = static_cast<char>(byte - 128);
+  if (byte < 160) return {'~', static_cast<char>(byte - 64)};
+  if (byte == 255) return "~?";
+  return {'M', '-', low};
+}
+
+std::size_t utf8_length(std::string_view bytes) {
+  if (bytes.empty()) return 0;
+  const unsigned first = to_byte(bytes[0]);
+  const std::size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
+  if (first < 0xc2 || first > 0xf4 || bytes.size() < length) return 0;
+  unsigned code = first & (0xffU >> (length + 1));
+  for (std::size_t i = 1; i < length; ++i) {
+    const unsigned next = to_byte(bytes[i]);
+    if ((next & 0xc0U) != 0x80) return 0;
+    code = code << 6 | (next & 0x3fU);
+  }
+  const bool too_long = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
+  const bool surrogate = code >= 0xd800 && code <= 0xdfff;
+  return too_long || surrogate || code < 0xa0 || code > 0x10ffff ? 0 : length;
+}
+
+} // namespace zan

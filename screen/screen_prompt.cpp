@@ -1,0 +1,87 @@
+#include "screen/screen_prompt.h"
+
+#include "app/editor.h"
+#include "screen/draw.h"
+#include "screen/keys.h"
+#include "screen/prompt_editor.h"
+#include "screen/terminal.h"
+
+namespace {
+
+void show_prompt(const zan::PromptEditor& line, std::string_view prompt) {
+  const auto runs = line.shown(prompt, zan::screen_size().columns, zan::terminal_shows_utf8());
+  zan::show_bottom_row(runs, static_cast<int>(runs.size()));
+}
+
+// A key that the editor's own screen waits for.
+std::optional<int> read_editor_key(Editor& editor) {
+  editor.draw_screen();
+  return zan::read_key([&] { editor.draw_screen(); });
+}
+
+bool cancels_definition(std::optional<int> key) {
+  return !key || *key == zan::kCtrlC || *key == zan::kEscapeKey;
+}
+
+} // namespace
+
+std::optional<std::string> zan::read_screen_line(Editor& editor, std::string_view prompt) {
+  PromptEditor line;
+  const auto redraw = [&] {
+    editor.draw_screen();
+    show_prompt(line, prompt);
+  };
+  for (;;) {
+    if (!key_waiting()) show_prompt(line, prompt);
+    const auto key = read_key(redraw);
+    if (!key) return std::nullopt;
+    switch (line.take(*key)) {
+    case PromptEditor::Outcome::going:
+      break;
+    case PromptEditor::Outcome::refused:
+      screen_beep();
+      break;
+    case PromptEditor::Outcome::answered:
+      return line.answer();
+    case PromptEditor::Outcome::cancelled:
+      note_interrupt();
+      return std::nullopt;
+    }
+  }
+}
+
+std::string Editor::prompt_line(const std::string& prompt_text) {
+  if (!g_curses_active) return "";
+  return zan::read_screen_line(*this, prompt_text).value_or("");
+}
+
+void Editor::command_prompt() {
+  const std::string line = prompt_line("Command: ");
+  handle_command_result(execute_command(line, false), true);
+}
+
+void Editor::interactive_define_key() {
+  status_message = "Press key to define";
+  auto key = read_editor_key(*this);
+  const bool gold = key == zan::kPf1;
+  if (gold) {
+    status_message = "GOLD — press key";
+    key = read_editor_key(*this);
+  }
+  if (cancels_definition(key)) {
+    status_message = "Define key cancelled";
+    return;
+  }
+  const std::string identifier = key_id_from_input(*key, gold);
+  if (identifier.empty()) {
+    status_message = "Invalid key for DEFINE KEY";
+    return;
+  }
+  const std::string definition = prompt_line("Definition: ");
+  if (definition.empty()) {
+    status_message = "Define key cancelled";
+    return;
+  }
+  key_definitions[identifier] = definition;
+  status_message = "Key defined: " + identifier;
+}
