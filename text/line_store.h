@@ -93,9 +93,8 @@ class LineStore {
   void close_gap(std::uint64_t begin, std::uint64_t end);
   void replace(std::uint64_t begin, std::uint64_t end, Piece piece);
 
-  NodeRef root_; // null: one empty line
-  BlockRef
-      tail_; // the block that new text is appended to; shared by copies, each of which owns what it wrote
+  NodeRef root_;  // null: one empty line
+  BlockRef tail_; // where new text is appended; shared by copies, each of which owns what it wrote
 };
 
 // A stretch of a store that lies contiguously in memory. In a literal one, line feeds are bytes of a line.

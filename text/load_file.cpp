@@ -84,21 +84,28 @@ class Loader {
   // Moves [begin, end) of the block together over the carriage returns before line feeds; the new end.
   std::size_t squeeze(std::size_t begin, std::size_t end) {
     char* const data = block_->data();
-    const void* found = std::memchr(data + begin, '\r', end - begin);
-    if (found == nullptr) return end;
-    std::size_t to = static_cast<std::size_t>(static_cast<const char*>(found) - data);
-    bool kept_return = false;
-    // Branch-free: a file of carriage returns only takes no longer than one of lines.
-    for (std::size_t from = to; from + 1 < end; ++from) {
-      const bool is_return = data[from] == '\r';
-      const bool dropped = is_return && data[from + 1] == '\n';
-      kept_return |= is_return && !dropped;
-      data[to] = data[from];
-      to += dropped ? 0 : 1;
+    std::size_t from = find_return(begin, end);
+    std::size_t to = from;
+    while (from < end) {
+      // A run of carriage returns goes byte by byte, what lies between two runs in one move.
+      for (; from < end && data[from] == '\r'; ++from) {
+        const bool last = from + 1 == end;
+        if (!last && data[from + 1] == '\n') continue;
+        returns_ = returns_ || !last;
+        data[to++] = '\r';
+      }
+      const std::size_t stretch = find_return(from, end) - from;
+      std::memmove(data + to, data + from, stretch);
+      to += stretch;
+      from += stretch;
     }
-    data[to] = data[end - 1];
-    returns_ |= kept_return;
-    return to + 1;
+    return to;
+  }
+
+  // Offset of the next carriage return in [begin, end), or end.
+  std::size_t find_return(std::size_t begin, std::size_t end) const {
+    const std::size_t at = block_->view(begin, end - begin).find('\r');
+    return at == std::string_view::npos ? end : begin + at;
   }
 
   void close_block() {
