@@ -1,0 +1,93 @@
+// The picture of the screen in the README is drawn from what a terminal really shows. With
+// ZAN_UPDATE_PICTURES set it is written, otherwise compared.
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+#include <gtest/gtest.h>
+
+#include "tests/screen/terminal_driver.h"
+
+namespace {
+
+constexpr int kCellWidth = 9;
+constexpr int kCellHeight = 19;
+
+std::string escaped(char c) {
+  switch (c) {
+  case '<':
+    return "&lt;";
+  case '>':
+    return "&gt;";
+  case '&':
+    return "&amp;";
+  default:
+    return {c};
+  }
+}
+
+std::string box(int column, int row, int columns, const char* look) {
+  return "<rect class=\"" + std::string(look) + "\" x=\"" + std::to_string(column * kCellWidth) + "\" y=\"" +
+         std::to_string(row * kCellHeight) + "\" width=\"" + std::to_string(columns * kCellWidth) +
+         "\" height=\"" + std::to_string(kCellHeight) + "\"/>";
+}
+
+// One row; what stands between braces is in reverse video.
+std::string drawn_row(const std::string& text, int row) {
+  std::string boxes, letters;
+  int column = 0;
+  bool reverse = false;
+  for (const char c : text) {
+    if (c == '{' || c == '}') {
+      letters += c == '{' ? "<tspan class=\"reverse\">" : "</tspan>";
+      reverse = c == '{';
+      continue;
+    }
+    if (reverse) boxes += box(column, row, 1, "mark");
+    letters += escaped(c);
+    ++column;
+  }
+  return boxes + "<text xml:space=\"preserve\" x=\"0\" y=\"" + std::to_string(row * kCellHeight + 14) +
+         "\" textLength=\"" + std::to_string(column * kCellWidth) + "\">" + letters + "</text>\n";
+}
+
+std::string drawn(const Shown& shown, int columns) {
+  const std::string size = std::to_string(columns * kCellWidth) + " " +
+                           std::to_string(static_cast<int>(shown.rows.size()) * kCellHeight);
+  std::string picture =
+      "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + size +
+      "\"><title>ZAN on a terminal</title><style>.screen{fill:#10151c}.mark{fill:#cfd8dc}"
+      ".cursor{fill:#e0a030}text{font:15px monospace;fill:#cfd8dc}.reverse{fill:#10151c}</style>\n" +
+      "<rect class=\"screen\" width=\"100%\" height=\"100%\"/>\n" +
+      box(shown.cursor_column, shown.cursor_row, 1, "cursor") + "\n";
+  for (std::size_t row = 0; row < shown.rows.size(); ++row)
+    if (!shown.rows[row].empty()) picture += drawn_row(shown.rows[row], static_cast<int>(row));
+  return picture + "</svg>\n";
+}
+
+} // namespace
+
+TEST(ReadmePicture, IsWhatTheScreenShows) {
+  const std::string path = ZAN_DOCS "/screen.svg";
+  TerminalOptions options;
+  options.text = "Shopping\n\n  bread and butter\n  two pounds of apples\n  a dozen eggs\n";
+  options.rows = 12;
+  options.columns = 72;
+  options.term = "vt220";
+  TerminalDriver zan(options);
+  ASSERT_TRUE(zan.shows_text("*"));
+  zan.type("CHANGE\r");
+  ASSERT_TRUE(zan.shows_text("EDIT[MAIN]"));
+  zan.type("\x1b[B\x1b[B\x1b[B\x1bOn\x1bOq\x1bOq\x1bOq"); // down three lines, SELECT, three words on
+  Shown last;
+  ASSERT_TRUE(zan.wait_until(
+      [&](const Shown& shown) {
+        last = shown;
+        return shown.row(3) == "{  two pounds }of apples" && shown.cursor_column == 13;
+      },
+      "two words selected"));
+  const std::string picture = drawn(last, options.columns);
+  if (std::getenv("ZAN_UPDATE_PICTURES") != nullptr) std::ofstream(path) << picture;
+  std::ifstream kept(path);
+  EXPECT_EQ(picture, std::string(std::istreambuf_iterator<char>(kept), {}));
+}

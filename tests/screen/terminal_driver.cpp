@@ -1,0 +1,188 @@
+#include "tests/screen/terminal_driver.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#ifdef __APPLE__
+#include <util.h>
+#else
+#include <pty.h>
+#endif
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+constexpr std::chrono::seconds kDeadline{2};
+
+winsize size_of(int rows, int columns) {
+  winsize size{};
+  size.ws_row = static_cast<unsigned short>(rows);
+  size.ws_col = static_cast<unsigned short>(columns);
+  return size;
+}
+
+void append_utf8(std::string& text, uint32_t c) {
+  if (c < 0x80) text += static_cast<char>(c);
+  else if (c < 0x800) text += {static_cast<char>(0xc0 | c >> 6), static_cast<char>(0x80 | (c & 0x3f))};
+  else
+    text += {static_cast<char>(0xe0 | c >> 12), static_cast<char>(0x80 | (c >> 6 & 0x3f)),
+             static_cast<char>(0x80 | (c & 0x3f))};
+}
+
+std::string row_text(VTermScreen* screen, int row, int columns) {
+  std::string text;
+  bool reverse = false;
+  for (int column = 0; column < columns; ++column) {
+    VTermScreenCell cell;
+    vterm_screen_get_cell(screen, {row, column}, &cell);
+    if ((cell.attrs.reverse != 0) != reverse) text += reverse ? '}' : '{';
+    reverse = cell.attrs.reverse != 0;
+    append_utf8(text, cell.chars[0] == 0 ? ' ' : cell.chars[0]);
+  }
+  if (reverse) text += '}';
+  text.erase(text.find_last_not_of(' ') + 1);
+  return text;
+}
+
+} // namespace
+
+std::string Shown::to_string() const {
+  std::string text;
+  for (const std::string& line : rows) text += "  |" + line + "\n";
+  return text + "  cursor " + std::to_string(cursor_row) + " " + std::to_string(cursor_column) + "\n";
+}
+
+TerminalDriver::TerminalDriver(const TerminalOptions& options)
+    : terminal_(vterm_new(options.rows, options.columns)) {
+  vterm_set_utf8(terminal_, 1);
+  VTermScreen* screen = vterm_obtain_screen(terminal_);
+  vterm_screen_enable_altscreen(screen, 1);
+  vterm_screen_reset(screen, 1);
+  zan::test::write_file(home_ / "notes.txt", options.text);
+  zan::test::write_file(home_ / "zan.ini", options.startup);
+  winsize size = size_of(options.rows, options.columns);
+  child_ = forkpty(&master_, nullptr, nullptr, &size);
+  if (child_ != 0) return;
+  const std::string home = "HOME=" + home_.path();
+  const std::string term = "TERM=" + options.term;
+  const char* environment[] = {home.c_str(), term.c_str(), "LC_ALL=C.UTF-8", "PATH=/usr/bin:/bin", nullptr};
+  if (chdir(home_.path().c_str()) == 0)
+    execle(ZAN_PROGRAM, "zan", "notes.txt", nullptr, const_cast<char* const*>(environment));
+  _exit(127);
+}
+
+TerminalDriver::~TerminalDriver() {
+  if (child_ > 0) {
+    kill(child_, SIGKILL);
+    waitpid(child_, nullptr, 0);
+  }
+  if (master_ >= 0) close(master_);
+  vterm_free(terminal_);
+}
+
+// Both directions at once: a program that is busy writing does not read.
+void TerminalDriver::type(std::string_view bytes) {
+  while (!bytes.empty()) {
+    pollfd ready{master_, POLLIN | POLLOUT, 0};
+    if (poll(&ready, 1, 1000) <= 0) return;
+    if ((ready.revents & POLLIN) != 0 && !read_output(0)) return;
+    if ((ready.revents & POLLOUT) == 0) continue;
+    const ssize_t count = write(master_, bytes.data(), std::min<std::size_t>(bytes.size(), 256));
+    if (count <= 0) return;
+    bytes.remove_prefix(static_cast<std::size_t>(count));
+  }
+}
+
+void TerminalDriver::resize(int rows, int columns) {
+  vterm_set_size(terminal_, rows, columns);
+  winsize size = size_of(rows, columns);
+  ioctl(master_, TIOCSWINSZ, &size);
+}
+
+void TerminalDriver::hang_up() {
+  close(master_);
+  master_ = -1;
+}
+
+bool TerminalDriver::read_output(int milliseconds) {
+  pollfd ready{master_, POLLIN, 0};
+  if (poll(&ready, 1, milliseconds) <= 0) return true;
+  char block[4096];
+  const ssize_t count = read(master_, block, sizeof block);
+  if (count <= 0) return false;
+  output_.append(block, static_cast<std::size_t>(count));
+  vterm_input_write(terminal_, block, static_cast<std::size_t>(count));
+  return true;
+}
+
+Shown TerminalDriver::shown() const {
+  int rows = 0;
+  int columns = 0;
+  vterm_get_size(terminal_, &rows, &columns);
+  Shown picture;
+  for (int row = 0; row < rows; ++row)
+    picture.rows.push_back(row_text(vterm_obtain_screen(terminal_), row, columns));
+  VTermPos cursor{};
+  vterm_state_get_cursorpos(vterm_obtain_state(terminal_), &cursor);
+  picture.cursor_row = cursor.row;
+  picture.cursor_column = cursor.col;
+  return picture;
+}
+
+bool TerminalDriver::wait_until(const std::function<bool(const Shown&)>& wanted,
+                                const std::string& description) {
+  const auto deadline = Clock::now() + kDeadline;
+  bool open = true;
+  while (!wanted(shown())) {
+    if (!open || Clock::now() > deadline) {
+      ADD_FAILURE() << "wanted:\n" << description << "shown:\n" << shown().to_string();
+      return false;
+    }
+    open = read_output(100);
+  }
+  return true;
+}
+
+bool TerminalDriver::shows(const Shown& wanted) {
+  return wait_until([&](const Shown& now) { return now == wanted; }, wanted.to_string());
+}
+
+bool TerminalDriver::shows_text(std::string_view text) {
+  const auto holds = [&](const std::string& row) { return row.find(text) != std::string::npos; };
+  return wait_until([&](const Shown& now) { return std::ranges::any_of(now.rows, holds); },
+                    "  ... " + std::string(text) + "\n");
+}
+
+int TerminalDriver::exit_status() {
+  const auto deadline = Clock::now() + kDeadline;
+  int status = 0;
+  bool open = master_ >= 0;
+  while (waitpid(child_, &status, WNOHANG) == 0) {
+    if (Clock::now() > deadline) return -1;
+    if (open) open = read_output(20);
+    else poll(nullptr, 0, 5);
+  }
+  while (open && read_output(0)) {
+    pollfd ready{master_, POLLIN, 0};
+    if (poll(&ready, 1, 0) <= 0) break;
+  }
+  child_ = -1;
+  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+bool terminal_is_described(const std::string& term) {
+  std::array<char, 3> hex{};
+  std::snprintf(hex.data(), hex.size(), "%02x", static_cast<unsigned char>(term.at(0)));
+  for (const char* folder : {"/usr/share/terminfo/", "/lib/terminfo/", "/usr/lib/terminfo/"})
+    for (const std::string& part : {term.substr(0, 1), std::string(hex.data())})
+      if (std::filesystem::exists(folder + part + "/" + term)) return true;
+  return false;
+}

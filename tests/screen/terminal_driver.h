@@ -1,0 +1,63 @@
+#pragma once
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <sys/types.h>
+#include <vector>
+#include <vterm.h>
+
+#include "tests/files/scratch_directory.h"
+
+// What a terminal shows: rows without trailing blanks, reverse video between braces, and the cursor.
+struct Shown {
+  std::vector<std::string> rows;
+  int cursor_row = 0;
+  int cursor_column = 0;
+  bool operator==(const Shown&) const = default;
+  std::string to_string() const;
+  std::string row(int number) const { return rows.at(static_cast<std::size_t>(number)); }
+};
+
+struct TerminalOptions {
+  std::string text = "one\ntwo\nthree\n"; // of the file that is edited
+  std::string term = "vt220";
+  int rows = 8;
+  int columns = 64;
+  std::string startup; // commands of the startup file
+};
+
+// The program on a pseudo-terminal, whose other end is a terminal emulator. All waits end at a deadline.
+class TerminalDriver {
+ public:
+  explicit TerminalDriver(const TerminalOptions& options);
+  ~TerminalDriver();
+  TerminalDriver(const TerminalDriver&) = delete;
+  TerminalDriver& operator=(const TerminalDriver&) = delete;
+
+  void type(std::string_view bytes);
+  void resize(int rows, int columns);
+  void hang_up(); // the terminal goes away
+  pid_t program() const { return child_; }
+  std::string file() const { return zan::test::read_file(home_ / "notes.txt"); }
+  const std::string& output() const { return output_; } // all bytes that have reached the terminal
+
+  // Waits until the picture is as wanted; false, after a report of both pictures, when it never is.
+  bool shows(const Shown& wanted);
+  // The same for some of it: `text` stands in some row.
+  bool shows_text(std::string_view text);
+  bool wait_until(const std::function<bool(const Shown&)>& wanted, const std::string& description);
+  int exit_status(); // waits for the end: the exit status, or 128 and the signal
+
+ private:
+  bool read_output(int milliseconds); // false at the end of the output
+  Shown shown() const;
+
+  zan::test::ScratchDirectory home_;
+  pid_t child_ = -1;
+  int master_ = -1;
+  VTerm* terminal_ = nullptr;
+  std::string output_;
+};
+
+bool terminal_is_described(const std::string& term);
