@@ -1,36 +1,15 @@
 #include "screen/draw.h"
 
-#include <clocale>
 #include <langinfo.h>
-#include <locale.h>
 
 #include "app/editor.h"
 #include "screen/curses.h"
+#include "screen/output_locale.h"
 #include "screen/terminal.h"
 
 namespace zan {
 
 namespace {
-
-// The user's locale, for as long as something is put on the terminal: the library needs it for characters
-// beyond ASCII, while the program's own tests of bytes must not depend on it.
-class OutputLocale {
- public:
-  OutputLocale() : before_(users() != locale_t{} ? uselocale(users()) : locale_t{}) {}
-  ~OutputLocale() {
-    if (before_ != locale_t{}) uselocale(before_);
-  }
-  OutputLocale(const OutputLocale&) = delete;
-  OutputLocale& operator=(const OutputLocale&) = delete;
-
-  static locale_t users() {
-    static const locale_t locale = newlocale(LC_CTYPE_MASK, "", locale_t{});
-    return locale;
-  }
-
- private:
-  locale_t before_;
-};
 
 void put_row(int row, const std::vector<Run>& runs) {
   if (wmove(stdscr, row, 0) == ERR) return;
@@ -71,20 +50,20 @@ std::string status_line(const Editor& editor) {
 } // namespace
 
 bool terminal_shows_utf8() {
-  static const bool shows = OutputLocale::users() != locale_t{} &&
-                            std::string_view(nl_langinfo_l(CODESET, OutputLocale::users())) == "UTF-8";
+  static const bool shows =
+      users_locale() != locale_t{} && std::string_view(nl_langinfo_l(CODESET, users_locale())) == "UTF-8";
   return shows;
 }
 
 void show_picture(const Picture& picture) {
-  const OutputLocale locale;
+  const ScopedLocale locale(users_locale());
   for (std::size_t i = 0; i < picture.rows.size(); ++i) put_row(static_cast<int>(i), picture.rows[i]);
   if (picture.cursor) wmove(stdscr, picture.cursor->row, picture.cursor->column);
   wrefresh(stdscr);
 }
 
 void show_bottom_row(const std::vector<Run>& runs, int column) {
-  const OutputLocale locale;
+  const ScopedLocale locale(users_locale());
   const int row = screen_size().rows - 1;
   put_row(row, runs);
   wmove(stdscr, row, column);
@@ -92,7 +71,7 @@ void show_bottom_row(const std::vector<Run>& runs, int column) {
 }
 
 void show_page(std::span<const std::string_view> rows) {
-  const OutputLocale locale;
+  const ScopedLocale locale(users_locale());
   werase(stdscr);
   for (std::size_t i = 0; i < rows.size(); ++i)
     if (wmove(stdscr, static_cast<int>(i), 0) != ERR)

@@ -15,6 +15,7 @@
 #include "screen/curses.h"
 #include "screen/key_sequences.h"
 #include "screen/keys.h"
+#include "screen/output_locale.h"
 
 bool g_curses_active = false;
 
@@ -89,6 +90,7 @@ void set_modes() {
 
 bool start_library() {
   room().signals.set_aside();
+  const ScopedLocale locale(unicode_locale());
   SCREEN* screen = newterm(nullptr, stdout, stdin);
   if (screen == nullptr || capability("cup").empty()) {
     if (screen != nullptr) {
