@@ -11,6 +11,11 @@ namespace zan {
 // reported when a stream cannot be written: an editor must not die of a closed pipe.
 class Console {
  public:
+  Console() = default;
+  ~Console() { flush(); } // also when an exception ends the program
+  Console(const Console&) = delete;
+  Console& operator=(const Console&) = delete;
+
   void write(std::string_view text);
   void write_error(std::string_view text); // unbuffered, after flushing standard output
   void flush();

@@ -4,6 +4,7 @@
 #include <sys/stat.h>
 
 #include "files/file_attributes.h"
+#include "files/held_signals.h"
 #include "files/in_place.h"
 #include "files/place.h"
 #include "files/stat.h"
@@ -46,6 +47,7 @@ bool rename_is_refused(int error) {
 }
 
 RenameResult replace_by_rename(int target, mode_t mode, const Place& place, const ByteSource& source) {
+  const HeldSignals held;
   TemporaryFile fresh(place.directory.get(), place.leaf, kPrivate);
   // Tried first on the empty file, because it decides the way, and again later, because writing takes some
   // attributes away.
@@ -82,6 +84,7 @@ SaveResult overwrite(const std::string& path, UniqueFd target, const ByteSource&
 SaveResult create(const std::string& path, const ByteSource& source) {
   const std::optional<Place> place = find_place(path);
   if (!place) return SaveResult::failed;
+  const HeldSignals held;
   TemporaryFile fresh(place->directory.get(), place->leaf, kNewFile);
   if (!fresh || !write_to(fresh.descriptor(), source)) return SaveResult::failed;
   if (!sync_fully(fresh.descriptor()) || !fresh.close()) return SaveResult::failed;

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <csignal>
+
+namespace zan {
+
+// While it lives, signals that ask the program to end wait: one that ended it in the middle of a save would
+// leave a temporary file behind.
+class HeldSignals {
+ public:
+  HeldSignals() {
+    sigset_t ending;
+    sigemptyset(&ending);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGQUIT}) sigaddset(&ending, signal);
+    sigprocmask(SIG_BLOCK, &ending, &before_);
+  }
+  ~HeldSignals() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  HeldSignals(const HeldSignals&) = delete;
+  HeldSignals& operator=(const HeldSignals&) = delete;
+
+ private:
+  sigset_t before_{};
+};
+
+} // namespace zan
