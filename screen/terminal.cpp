@@ -83,8 +83,9 @@ void set_modes() {
   noecho();
   keypad(stdscr, TRUE);
   nonl();
-  set_escdelay(25); // milliseconds
-  typeahead(-1);    // a drawing is whole: who waits for it decides whether it is made
+  set_escdelay(25);     // milliseconds
+  use_legacy_coding(0); // the locale at the time of writing decides what is printable
+  typeahead(-1);        // a drawing is whole: who waits for it decides whether it is made
   wtimeout(stdscr, 0);
 }
 

@@ -20,7 +20,7 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds kDeadline{2};
+constexpr std::chrono::seconds kDeadline{20};
 
 winsize size_of(int rows, int columns) {
   winsize size{};

@@ -21,7 +21,7 @@ struct Shown {
 
 struct TerminalOptions {
   std::string text = "one\ntwo\nthree\n"; // of the file that is edited
-  std::string term = "vt220";
+  std::string term = "xterm-256color";
   int rows = 8;
   int columns = 64;
   std::string startup; // commands of the startup file
