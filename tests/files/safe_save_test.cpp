@@ -331,16 +331,16 @@ TEST(SafeSave, KilledWhileTheTextIsWritten) {
 
 TEST(SafeSave, KilledAtAnyInstant) {
   const ScratchDirectory dir;
-  const std::string texts[] = {std::string(20000000, 'a'), std::string(15000000, 'b')};
+  const std::string texts[] = {std::string(200000000, 'a'), std::string(150000000, 'b')};
   ASSERT_EQ(save(dir / "f", texts[0]), SaveResult::saved);
   std::minstd_rand random(1);
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 6; ++round) {
     run_and_kill(
         [&] {
           for (unsigned turn = 0;; ++turn) save(dir / "f", texts[turn % 2]);
         },
         [&] {
-          for (auto look = random() % 50000; look > 0; --look) stat_of(dir / "f");
+          for (auto look = random() % 300000; look > 0; --look) stat_of(dir / "f");
         });
     const std::string found = read_file(dir / "f");
     ASSERT_TRUE(found == texts[0] || found == texts[1])
