@@ -1,0 +1,144 @@
+#include "screen/picture.h"
+
+#include <gtest/gtest.h>
+
+#include "screen/prompt_editor.h"
+
+namespace {
+
+using zan::Corner;
+using zan::Position;
+using zan::ScreenView;
+
+std::string text_of(const std::vector<zan::Run>& runs) {
+  std::string text;
+  for (const zan::Run& run : runs) text += run.reverse ? "{" + run.text + "}" : run.text;
+  return text;
+}
+
+std::vector<std::string> rows_of(const ScreenView& view) {
+  std::vector<std::string> rows;
+  for (const auto& runs : zan::make_picture(view).rows) rows.push_back(text_of(runs));
+  return rows;
+}
+
+} // namespace
+
+TEST(Picture, BytesOnARow) {
+  struct Case {
+    std::string bytes;
+    std::size_t begin, end;
+    int columns;
+    const char* shown;
+  };
+  const std::vector<Case> cases{
+      {"plain", 1, 3, 10, "p{la}in"},
+      {"cut here", 0, 8, 3, "{cut}"},
+      {"a\tb", 0, 0, 20, "a       b"},
+      {"a\tb", 1, 2, 20, "a{       }b"},
+      {"a\tb", 0, 0, 5, "a    "},
+      {std::string("\0\x1b\x7f\n", 4), 0, 0, 20, "^@^[^?^J"},
+      {"\f\f\f", 0, 0, 5, "^L^L^"},
+      {"abc\rX\b\b\bYZ", 0, 0, 20, "YZc"},
+      {"caf\xc3\xa9!", 0, 0, 20, "caf\xc3\xa9!"},
+      {"\xe9\x80\xff", 0, 0, 20, "M-i~@~?"},
+      {"\xc2\x85|\xed\xa0\x80", 0, 0, 20, "M-B~E|M-mM- ~@"},
+      {"x", 0, 0, 0, ""},
+  };
+  for (const auto& [bytes, begin, end, columns, shown] : cases)
+    EXPECT_EQ(text_of(zan::display_runs(bytes, begin, end, columns, true)), shown) << bytes;
+}
+
+TEST(Picture, CornerFollowsTheCursor) {
+  struct Case {
+    const char* name;
+    Position cursor;
+    Corner before, after;
+    int top_margin = 0, bottom_margin = 0;
+    bool numbers = false, truncate = false;
+  };
+  const std::vector<Case> cases{
+      {"last row", {20, 0}, {0, 0}, {0, 0}},
+      {"below", {21, 0}, {0, 0}, {1, 0}},
+      {"above", {3, 0}, {10, 0}, {3, 0}},
+      {"right", {0, 200}, {0, 0}, {0, 122}},
+      {"last but one column", {0, 78}, {0, 0}, {0, 0}},
+      {"last column", {0, 79}, {0, 0}, {0, 1}},
+      {"left, near the start", {0, 3}, {0, 122}, {0, 0}},
+      {"left", {0, 50}, {0, 122}, {0, 46}},
+      {"numbers", {8, 77}, {0, 0}, {0, 1}, 0, 0, true},
+      {"truncated", {0, 200}, {0, 9}, {0, 0}, 0, 0, false, true},
+      {"band, below", {20, 0}, {0, 0}, {1, 0}, 5, 20},
+      {"band, above", {13, 0}, {10, 0}, {9, 0}, 5, 20},
+      {"band, near the top", {3, 0}, {10, 0}, {0, 0}, 5, 20},
+      {"band, swapped", {20, 0}, {0, 0}, {1, 0}, 20, 5},
+  };
+  for (const Case& row : cases) {
+    ScreenView view;
+    view.cursor = row.cursor;
+    view.corner = row.before;
+    view.top_margin = row.top_margin;
+    view.bottom_margin = row.bottom_margin;
+    view.line_numbers = row.numbers;
+    view.truncate = row.truncate;
+    EXPECT_EQ(zan::corner_for_cursor(view), row.after) << row.name;
+  }
+}
+
+TEST(Picture, RowsOfTheScreen) {
+  using Rows = std::vector<std::string>;
+  ScreenView view;
+  view.text = zan::LineStore::from_text("zero\none\ntwo is long\nthree");
+  view.rows = 8;
+  view.columns = 10;
+  view.status = "status line";
+  view.message = "message";
+  view.selection = {{0, 2}, {2, 3}};
+  view.cursor = {2, 3};
+  EXPECT_EQ(rows_of(view), (Rows{"ze{ro}", "{one}", "{two} is lon", "three", "[EOB]", "----------",
+                                 "status lin", "message"}));
+  EXPECT_EQ(zan::make_picture(view).cursor, (zan::ScreenCell{2, 3}));
+
+  view.line_numbers = true;
+  view.corner = {2, 1};
+  view.screen_lines = 2;
+  EXPECT_EQ(rows_of(view),
+            (Rows{"3 {wo} is lo", "4 hree", "", "", "", "----------", "status lin", "message"}));
+  EXPECT_EQ(zan::make_picture(view).cursor, (zan::ScreenCell{0, 4}));
+
+  for (view.rows = 0; view.rows < 5; ++view.rows)
+    for (view.columns = 0; view.columns < 4; ++view.columns)
+      EXPECT_EQ(rows_of(view).size(), static_cast<std::size_t>(view.rows));
+}
+
+TEST(Prompt, KeysMakeAnAnswer) {
+  using Outcome = zan::PromptEditor::Outcome;
+  struct Case {
+    std::vector<int> keys;
+    Outcome last;
+    std::string answer;
+  };
+  const std::vector<Case> cases{
+      {{'a', 'b', 13}, Outcome::answered, "ab"},
+      {{'a', 10}, Outcome::answered, "a"},
+      {{26, 525}, Outcome::answered, "\x1a"},
+      {{'a', 'b', 127, 263, 127, 'c'}, Outcome::going, "c"},
+      {{0xc3, 0xa9, 127}, Outcome::going, ""},
+      {{'x', 0xa9, 127}, Outcome::going, "x"},
+      {{'a', 'b', 21, 27, 9}, Outcome::going, "\x1b\t"},
+      {{'a', 3}, Outcome::cancelled, "a"},
+      {{'a', 258}, Outcome::refused, "a"},
+  };
+  for (const Case& row : cases) {
+    zan::PromptEditor line;
+    Outcome last = Outcome::going;
+    for (const int key : row.keys) last = line.take(key);
+    EXPECT_EQ(last, row.last) << row.answer;
+    EXPECT_EQ(line.answer(), row.answer);
+  }
+  zan::PromptEditor line;
+  for (int i = 0; i < 511; ++i) EXPECT_EQ(line.take('0' + i % 10), Outcome::going);
+  EXPECT_EQ(line.take('x'), Outcome::refused);
+  EXPECT_EQ(line.answer().size(), 511U);
+  EXPECT_EQ(text_of(line.shown("Command: ", 20, true)), "2345678901234567890");
+}
