@@ -12,6 +12,13 @@ char flip_case(char c) {
   return zan::is_upper(c) ? zan::to_lower(c) : c;
 }
 
+// A byte that no line has there, such as one left of a cursor beyond the line's end, is left alone.
+void flip_byte(TextBuffer& buffer, std::uint64_t row, std::uint64_t col) {
+  if (col >= buffer.line_length(row)) return;
+  const char flipped = flip_case(buffer.lines().byte_at(buffer.lines().line_start(row) + col));
+  buffer.replace_in_line(row, col, 1, std::string_view(&flipped, 1));
+}
+
 Editor::Text one_byte(char c) { return Editor::Text::from_text(std::string_view(&c, 1)); }
 
 } // namespace
@@ -123,10 +130,10 @@ void Editor::change_case_char() {
     clear_select();
   } else if (direction == Direction::Advance) {
     if (cursor_col >= current.line_length(cursor_row)) return;
-    current.transform_span({cursor_row, cursor_col}, {cursor_row, cursor_col + 1}, flip_case);
+    flip_byte(current, cursor_row, cursor_col);
     move_right();
   } else if (cursor_col != 0) {
-    current.transform_span({cursor_row, cursor_col - 1}, {cursor_row, cursor_col}, flip_case);
+    flip_byte(current, cursor_row, cursor_col - 1);
     move_left();
   }
 }
