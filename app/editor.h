@@ -17,6 +17,7 @@
 #include "files/records.h"
 #include "search/text_search.h"
 #include "text/buffer_registry.h"
+#include "text/byte_scan.h"
 #include "text/text_buffer.h"
 
 // The one editor: everything the program knows while it runs, and every operation of it. Members stand under
@@ -263,6 +264,7 @@ class Editor {
   void page_up();
   void section_move(Direction direction);
   bool is_delim(char c) const;
+  zan::ByteSet delimiter_set() const; // the bytes for which is_delim is true
 
   // ---- screen/: entity editing, select, cut and paste
   void delete_char_at_cursor();
@@ -288,6 +290,7 @@ class Editor {
   void change_case_char();
   Text apply_case_mode(const Text& text) const;
   void maybe_wrap_line();
+  void insert_tab_stop(); // blanks up to the next tab stop
   void insert_tab_at_cursor();
   void open_line();
   void shift_left_line();

@@ -74,13 +74,17 @@ void Editor::maybe_wrap_line() {
   cursor_row += static_cast<std::uint64_t>(passed);
 }
 
-void Editor::insert_tab_at_cursor() {
+void Editor::insert_tab_stop() {
   const std::uint64_t width = tab_width >= 1 ? static_cast<std::uint64_t>(tab_width) : 8;
   const std::uint64_t next = (cursor_col / width + 1) * width;
   std::uint64_t col = cursor_col;
   std::uint64_t row = cursor_row;
   current.insert_text(row, col, blanks(next - cursor_col));
   cursor_col = next;
+}
+
+void Editor::insert_tab_at_cursor() {
+  insert_tab_stop();
   status_message = "Tab";
 }
 

@@ -94,10 +94,7 @@ void split_line(Editor& editor) {
 
 void tabulate(Editor& editor) {
   editor.begin_undo_unit();
-  const std::uint64_t width = editor.tab_width >= 1 ? static_cast<std::uint64_t>(editor.tab_width) : 8;
-  const std::uint64_t next = (editor.cursor_col / width + 1) * width;
-  const std::string blanks(static_cast<std::size_t>(next - editor.cursor_col), ' ');
-  editor.current.insert_text(editor.cursor_row, editor.cursor_col, Editor::Text::from_line(blanks));
+  editor.insert_tab_stop();
 }
 
 void gold(Editor& editor) {

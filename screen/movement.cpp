@@ -1,7 +1,6 @@
 #include "app/editor.h"
 
 #include <algorithm>
-#include <climits>
 
 #include "screen/terminal.h"
 #include "text/bytes.h"
@@ -16,30 +15,13 @@ std::uint64_t page_lines() {
   return static_cast<std::uint64_t>(std::max(1, rows - 3));
 }
 
-// Columns of `line` from `col` on whose bytes give `delimiter` the value `wanted`. Looks only at those.
-std::uint64_t run_forward(const Editor& editor, std::uint64_t begin, std::uint64_t end, bool wanted) {
-  zan::PieceWalker walker(editor.current.lines(), begin, end);
-  for (zan::Chunk chunk; walker.next(chunk);) {
-    const auto stop = std::ranges::find_if(chunk.bytes, [&](char c) { return editor.is_delim(c) != wanted; });
-    if (stop != chunk.bytes.end())
-      return chunk.offset + static_cast<std::uint64_t>(stop - chunk.bytes.begin());
-  }
-  return end;
-}
-
-std::uint64_t run_backward(const Editor& editor, std::uint64_t begin, std::uint64_t end, bool wanted) {
-  zan::PieceWalker walker(editor.current.lines(), begin, end);
-  for (zan::Chunk chunk; walker.previous(chunk);) {
-    for (std::size_t i = chunk.bytes.size(); i > 0; --i)
-      if (editor.is_delim(chunk.bytes[i - 1]) != wanted) return chunk.offset + i;
-  }
-  return begin;
-}
-
 } // namespace
 
-bool Editor::is_delim(char c) const {
-  return word_delimiters_on ? word_delimiters.find(c) != std::string::npos : zan::is_space(c);
+bool Editor::is_delim(char c) const { return delimiter_set()[zan::to_byte(c)]; }
+
+zan::ByteSet Editor::delimiter_set() const {
+  constexpr std::string_view kWhiteSpace = " \t\n\v\f\r";
+  return zan::byte_set(word_delimiters_on ? word_delimiters : kWhiteSpace);
 }
 
 void Editor::move_left() {
@@ -73,12 +55,14 @@ void Editor::move_char(Direction way) { way == Direction::Backup ? move_left() :
 
 void Editor::move_word(Direction way) {
   const zan::LineStore& text = current.lines();
+  const zan::ByteSet delimiters = delimiter_set();
   if (way == Direction::Advance) {
     const std::uint64_t length = current.line_length(cursor_row);
     if (cursor_col < length) {
       const std::uint64_t begin = text.line_start(cursor_row);
-      const std::uint64_t word_end = run_forward(*this, begin + cursor_col, begin + length, false);
-      cursor_col = run_forward(*this, word_end, begin + length, true) - begin;
+      const std::uint64_t word_end =
+          zan::scan_forward(text, begin + cursor_col, begin + length, delimiters, true);
+      cursor_col = zan::scan_forward(text, word_end, begin + length, delimiters, false) - begin;
     }
     if (cursor_col >= length && cursor_row + 1 < current.line_count()) {
       ++cursor_row;
@@ -89,8 +73,8 @@ void Editor::move_word(Direction way) {
   if (cursor_col == 0 && cursor_row > 0) cursor_col = current.line_length(--cursor_row);
   const std::uint64_t begin = text.line_start(cursor_row);
   const std::uint64_t here = begin + std::min(cursor_col, current.line_length(cursor_row));
-  const std::uint64_t word_end = run_backward(*this, begin, here, true);
-  cursor_col = run_backward(*this, begin, word_end, false) - begin;
+  const std::uint64_t word_end = zan::scan_backward(text, begin, here, delimiters, false);
+  cursor_col = zan::scan_backward(text, begin, word_end, delimiters, true) - begin;
 }
 
 void Editor::line_move(Direction way) {

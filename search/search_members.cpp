@@ -42,9 +42,7 @@ std::uint64_t TextBuffer::match_len_at(const std::string& pattern, std::uint64_t
 
 zan::SearchConstraints Editor::search_constraints() const {
   zan::SearchConstraints wanted{search_begin, search_end, search_word, {}};
-  if (wanted.word)
-    for (unsigned byte = 0; byte < wanted.delimiters.size(); ++byte)
-      wanted.delimiters[byte] = is_delim(static_cast<char>(static_cast<unsigned char>(byte)));
+  if (wanted.word) wanted.delimiters = delimiter_set();
   return wanted;
 }
 

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <array>
 #include <csignal>
 #include <optional>
 
 #include "search/pattern.h"
+#include "text/byte_scan.h"
 #include "text/line_store.h"
 
 namespace zan {
@@ -14,7 +14,7 @@ struct SearchConstraints {
   bool begin = false; // starts its line
   bool end = false;   // ends its line
   bool word = false;  // delimiters, or nothing, on both sides
-  std::array<bool, 256> delimiters{};
+  ByteSet delimiters{};
 
   bool none() const { return !begin && !end && !word; }
 };

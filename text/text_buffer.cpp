@@ -1,9 +1,8 @@
 #include "text/text_buffer.h"
 
 #include <algorithm>
-#include <array>
 
-#include "text/bytes.h"
+#include "text/byte_scan.h"
 #include "text/load_file.h"
 
 using zan::LineStore;
@@ -25,39 +24,6 @@ LineStore without_returns(const LineStore& text) {
     builder.append_bytes(line);
   }
   return builder.finish();
-}
-
-using ByteSet = std::array<bool, 256>;
-
-ByteSet byte_set(std::string_view bytes) {
-  ByteSet set{};
-  for (const char c : bytes) set[zan::to_byte(c)] = true;
-  return set;
-}
-
-// The first offset in [begin, end) whose byte is in `set` (or is not, when `member` is false), or end.
-std::uint64_t scan_forward(const LineStore& lines, std::uint64_t begin, std::uint64_t end, const ByteSet& set,
-                           bool member) {
-  zan::PieceWalker walker(lines, begin, end);
-  for (zan::Chunk chunk; walker.next(chunk);) {
-    const auto found =
-        std::ranges::find_if(chunk.bytes, [&](char c) { return set[zan::to_byte(c)] == member; });
-    if (found != chunk.bytes.end())
-      return chunk.offset + static_cast<std::uint64_t>(found - chunk.bytes.begin());
-  }
-  return end;
-}
-
-// The offset after the last byte of [begin, end) that is in `set` (or is not, when `member` is false), or
-// begin.
-std::uint64_t scan_backward(const LineStore& lines, std::uint64_t begin, std::uint64_t end,
-                            const ByteSet& set, bool member) {
-  zan::PieceWalker walker(lines, begin, end);
-  for (zan::Chunk chunk; walker.previous(chunk);) {
-    for (std::size_t i = chunk.bytes.size(); i > 0; --i)
-      if (set[zan::to_byte(chunk.bytes[i - 1])] == member) return chunk.offset + i;
-  }
-  return begin;
 }
 
 } // namespace
@@ -218,11 +184,11 @@ LineStore TextBuffer::delete_to_bol(std::uint64_t row, std::uint64_t& col) {
 LineStore TextBuffer::delete_word_forward(std::uint64_t row, std::uint64_t& col,
                                           std::string_view delimiters) {
   if (row >= line_count() || col >= line_length(row)) return {};
-  const ByteSet set = byte_set(delimiters);
+  const zan::ByteSet set = zan::byte_set(delimiters);
   const std::uint64_t begin = lines_.offset_of({row, col});
   const std::uint64_t line_end = lines_.line_end(row);
-  const std::uint64_t word = scan_forward(lines_, begin, line_end, set, false);
-  const std::uint64_t end = scan_forward(lines_, word, line_end, set, true);
+  const std::uint64_t word = zan::scan_forward(lines_, begin, line_end, set, false);
+  const std::uint64_t end = zan::scan_forward(lines_, word, line_end, set, true);
   LineStore removed = lines_.substore(begin, end);
   lines_.erase(begin, end);
   mark_on_erase_chars(row, col, end - begin);
@@ -238,13 +204,13 @@ LineStore TextBuffer::delete_word_backward(std::uint64_t& row, std::uint64_t& co
     col = line_length(--row);
     join_with_next(row);
   }
-  const ByteSet set = byte_set(delimiters);
+  const zan::ByteSet set = zan::byte_set(delimiters);
   const std::uint64_t line_begin = lines_.line_start(row);
   const std::uint64_t end = lines_.offset_of({row, col});
   col = end - line_begin;
   if (col == 0) return {};
-  const std::uint64_t word_end = scan_backward(lines_, line_begin, end, set, false);
-  const std::uint64_t begin = scan_backward(lines_, line_begin, word_end, set, true);
+  const std::uint64_t word_end = zan::scan_backward(lines_, line_begin, end, set, false);
+  const std::uint64_t begin = zan::scan_backward(lines_, line_begin, word_end, set, true);
   col = begin - line_begin;
   LineStore removed = lines_.substore(begin, end);
   lines_.erase(begin, end);
