@@ -23,19 +23,23 @@ class TemporaryPrintFile {
   bool exists() const { return exists_; }
   std::string path() const { return path_; }
 
-  // The lines, each with a line feed, as stored.
-  bool write(const zan::LineStore& lines) {
-    zan::PieceWalker walker(lines, 0, lines.byte_count());
-    bool written = true;
-    for (zan::Chunk chunk; written && walker.next(chunk);)
-      written = zan::write_fully(descriptor_, chunk.bytes);
-    written = written && zan::write_fully(descriptor_, "\n");
+  // The lines, if any, each with a line feed, as stored. The file is closed then.
+  bool write(const std::optional<zan::LineStore>& lines) {
+    const bool written = !lines || write_lines(*lines);
     const bool closed = ::close(descriptor_) == 0;
     descriptor_ = -1;
     return written && closed;
   }
 
  private:
+  bool write_lines(const zan::LineStore& lines) const {
+    zan::PieceWalker walker(lines, 0, lines.byte_count());
+    bool written = true;
+    for (zan::Chunk chunk; written && walker.next(chunk);)
+      written = zan::write_fully(descriptor_, chunk.bytes);
+    return written && zan::write_fully(descriptor_, "\n");
+  }
+
   char path_[24] = "/tmp/zan_print_XXXXXX";
   int descriptor_;
   bool exists_ = descriptor_ >= 0;
@@ -60,7 +64,7 @@ void Editor::print_command(const std::string& arg, bool verbose) {
     range = *named;
   }
   const auto lines = current.lines_in_range(range.first, range.last);
-  if (lines && !file.write(*lines)) {
+  if (!file.write(lines)) {
     say(verbose, "?Cannot open temp file for print\n");
     return;
   }
