@@ -27,6 +27,7 @@ TEST(LineRange, FiftyLinesWithTheCursorOnTheTenth) {
       {"+5", invalid},
       {"18446744073709551615", one(49)},
       {"18446744073709551616", invalid},
+      {"9999999999999999999999999", invalid},
       {"5x", invalid},
       {"5 6", invalid},
       {".", one(9)},
@@ -88,6 +89,7 @@ TEST(LineRange, FiftyLinesWithTheCursorOnTheTenth) {
       {"REST:5", invalid},
       {"1:5/BRIEF", {{0, 4}}},
       {"/BRIEF", invalid},
+      {"/1", invalid},
       {"1 /x/ 2", one(0)},
   };
   for (const Case& c : cases) EXPECT_EQ(zan::parse_line_range(c.text, kFifty), c.range) << c.text;

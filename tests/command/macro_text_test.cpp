@@ -15,6 +15,7 @@ TEST(MacroText, SplitsOutsideQuotes) {
       {R"(F "it's; so";G 'say "x;";' ; H)", {R"(F "it's; so")", R"(G 'say "x;";')", "H"}},
       {"a\"b\n;c", {"a\"b\n;c"}},
       {"x'y';'z;", {"x'y'", "'z;"}},
+      {"a \"it's; one\";b\nc 'open; end", {"a \"it's; one\"", "b", "c 'open; end"}},
       {" ; \n", {}},
       {"", {}},
   };

@@ -36,6 +36,12 @@ TEST(Qualifiers, AreTakenOutOfTheLine) {
       {"R/SEQUENCE=-7:", "R", {.sequence = true, .seq_start = -7}},
       {"R/SEQUENCE= 5", "R 5", {.sequence = true}},
       {"R/SEQUENCE:5", "R:5", {.sequence = true}},
+      {"T/BRIEF:", "T", {.brief = true}},
+      {"T/BRIEF:99999999999", "T", {.brief = true}},
+      {"R/SEQUENCE=:5", "R", {.sequence = true}},
+      {"R /SEQUENCE=10/DUPLICATE", "R", {.duplicate = true, .sequence = true, .seq_start = 10}},
+      {"a /QUERY /STAY/NOTYPE b", "a   b", {.query = true, .notype = true, .stay = true}},
+      {"X/G/GLOBAL/GO", "X/GO", {.global = true}},
       // wherever they stand, and never a part of a word
       {"FIND \"a/SAVE\"", "FIND \"a\"", {.save = true}},
       {"SUBSTITUTE/save/keep/", "SUBSTITUTE/keep/", {.save = true}},
