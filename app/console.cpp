@@ -91,4 +91,17 @@ void Console::release_input() {
   chunk_ = 0;
 }
 
+std::string Console::take_input() {
+  release_input();
+  std::string unread = input_.substr(input_used_);
+  input_.clear();
+  input_used_ = 0;
+  return unread;
+}
+
+void Console::put_back(std::string_view bytes) {
+  input_.replace(0, input_used_, bytes);
+  input_used_ = 0;
+}
+
 } // namespace zan

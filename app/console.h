@@ -26,6 +26,8 @@ class Console {
   std::optional<std::string> read_line();
   // Gives bytes read ahead from a file back, before another reader or a child uses standard input.
   void release_input();
+  std::string take_input();              // gives back, and hands out what cannot be given back
+  void put_back(std::string_view bytes); // to be read first
 
  private:
   bool fill();

@@ -202,13 +202,12 @@ void Editor::set_direction(Direction way, bool verbose) {
 }
 
 void Editor::ring_bell() {
-  if (zan::screen_was_started()) {
-    zan::screen_beep();
-    zan::screen_flash();
-    return;
-  }
-  console.write("\a");
+  const bool by_screen = zan::screen_was_started();
+  if (!by_screen) console.write("\a");
   console.flush();
+  if (!by_screen) return;
+  zan::screen_beep();
+  zan::screen_flash();
 }
 
 void Editor::date_command(bool verbose) {

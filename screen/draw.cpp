@@ -11,8 +11,21 @@ namespace zan {
 
 namespace {
 
-void put_row(int row, const std::vector<Run>& runs) {
-  if (wmove(stdscr, row, 0) == ERR) return;
+using Row = std::vector<Run>;
+
+// What the library's window holds, so that a row that stays the same costs nothing. Rows beyond are blank.
+std::vector<Row>& window_rows() {
+  static std::vector<Row> rows;
+  return rows;
+}
+
+// Row by row from the top, each cleared first: what does not fit never spills onto a row that is drawn.
+void put_row(int row, const Row& runs) {
+  std::vector<Row>& rows = window_rows();
+  const auto index = static_cast<std::size_t>(row);
+  if (index >= rows.size()) rows.resize(index + 1);
+  if (rows[index] == runs || wmove(stdscr, row, 0) == ERR) return;
+  rows[index] = runs;
   wclrtoeol(stdscr);
   for (const Run& run : runs) {
     if (run.reverse) wattr_on(stdscr, A_REVERSE, nullptr);
@@ -72,11 +85,23 @@ void show_bottom_row(const std::vector<Run>& runs, int column) {
 
 void show_page(std::span<const std::string_view> rows) {
   const ScopedLocale locale(users_locale());
-  werase(stdscr);
+  blank_window();
   for (std::size_t i = 0; i < rows.size(); ++i)
     if (wmove(stdscr, static_cast<int>(i), 0) != ERR)
       waddnstr(stdscr, rows[i].data(), static_cast<int>(rows[i].size()));
   wrefresh(stdscr);
+  blank_window(); // what the page holds is not known row by row
+}
+
+void blank_window() {
+  werase(stdscr);
+  window_rows().clear();
+}
+
+void screen_repaint() {
+  if (!screen_was_started()) return;
+  blank_window();
+  wclear(stdscr);
 }
 
 } // namespace zan

@@ -89,7 +89,9 @@ void Editor::clear_select() { current.clear_mark(); }
 
 void Editor::select_error(const std::string& message) {
   status_message = message;
-  if (zan::screen_was_started()) zan::screen_beep();
+  if (!zan::screen_was_started()) return;
+  console.flush();
+  zan::screen_beep();
 }
 
 // Takes the selected text out of the buffer, hands it to `use`, and leaves the cursor where it was. Without a

@@ -76,15 +76,20 @@ void bind_spare(const char* bytes, int key) {
   if (key_defined(bytes) == 0) bind(bytes, key);
 }
 
-// Arrows, Home, End, PF1 to PF4 and the editing keys with Shift, Alt or Ctrl: "ESC [ 1 ; 5 A", "ESC [ 3 ; 2
-// ~".
-void ignore_modified_keys() {
-  for (char modifier = '2'; modifier <= '8'; ++modifier) {
-    for (const char last : std::string("ABCDHFPQRS"))
-      bind_spare((std::string("\033[1;") + modifier + last).c_str(), kIgnored);
-    for (const char number : std::string("2356"))
-      bind_spare((std::string("\033[") + number + ';' + modifier + '~').c_str(), kIgnored);
+// Keys that no function belongs to: function keys, the centre of the keypad, and keys with Shift, Alt or
+// Ctrl, as "ESC [ 1 ; 5 A" and "ESC [ 3 ; 2 ~" or, in another tradition, "ESC O a" and "ESC [ 3 ^".
+void ignore_other_keys() {
+  const auto ignore = [](const std::string& bytes) { bind_spare(bytes.c_str(), kIgnored); };
+  for (int number = 1; number <= 34; ++number) {
+    const std::string start = "\033[" + std::to_string(number);
+    for (const char* const last : {"~", "^", "$", "@"}) ignore(start + last);
+    for (int modifier = 2; modifier <= 16; ++modifier) ignore(start + ';' + std::to_string(modifier) + '~');
   }
+  for (int modifier = 2; modifier <= 16; ++modifier)
+    for (const char last : std::string("ABCDEFHPQRS")) ignore("\033[1;" + std::to_string(modifier) + last);
+  for (const char last : std::string("EI abcd")) ignore(std::string("\033O") + last);
+  for (const char last : std::string("EGLabcd")) ignore(std::string("\033[") + last);
+  ignore("\033[[E");
 }
 
 // Ctrl/Z is the suspend key of some descriptions, Return the Enter key of others. Arrows and Backspace that
@@ -111,7 +116,7 @@ void repair_key_sequences() {
   free_control_characters();
   for (const auto& [bytes, key] : kFunctionKeys) bind(bytes, key);
   for (const auto& [bytes, key] : kSpareKeys) bind_spare(bytes, key);
-  ignore_modified_keys();
+  ignore_other_keys();
 }
 
 void register_key_sequences(bool pc_keypad) {

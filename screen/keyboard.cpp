@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "screen/curses.h"
+#include "screen/draw.h"
 #include "screen/keys.h"
 #include "screen/terminal.h"
 #include "text/bytes.h"

@@ -4,6 +4,7 @@
 #include <array>
 #include <climits>
 
+#include "screen/terminal.h"
 #include "text/bytes.h"
 
 // The nokeypad language: counts and words without blanks between them, such as "5W3DWA2CHGC".
@@ -37,9 +38,12 @@ struct Word {
   Action run;                            // null: leaves the string
 };
 
+// Ctrl/C is a signal at the prompt and a key on the screen.
+bool interrupted() { return g_zan_abort_requested != 0 || zan::take_interrupt(); }
+
 // Repeats a movement. Once it stays in place it always will.
 template <typename Move> void move_repeatedly(Editor& editor, const Input& input, Move move) {
-  for (int i = 0; i < input.count && g_zan_abort_requested == 0; ++i) {
+  for (int i = 0; i < input.count && !interrupted(); ++i) {
     const zan::Position before{editor.cursor_row, editor.cursor_col};
     move(editor);
     if (before == zan::Position{editor.cursor_row, editor.cursor_col}) return;
@@ -50,7 +54,7 @@ template <typename Move> void move_repeatedly(Editor& editor, const Input& input
 template <typename Done>
 void delete_repeatedly(Editor& editor, const Input& input, void (Editor::*remove)(), Done done) {
   editor.begin_undo_unit();
-  for (int i = 0; i < input.count && g_zan_abort_requested == 0; ++i) {
+  for (int i = 0; i < input.count && !interrupted(); ++i) {
     const std::uint64_t before = editor.current.lines().byte_count();
     (editor.*remove)();
     if (done(editor, before)) return;
@@ -62,7 +66,7 @@ void change_case(Editor& editor, Input& input) {
   // At the line's end nothing moves any more, but each repetition still leaves a snapshot, of which the
   // history keeps a hundred.
   int idle = 0;
-  for (int i = 0; i < input.count && idle <= kHistory && g_zan_abort_requested == 0; ++i) {
+  for (int i = 0; i < input.count && idle <= kHistory && !interrupted(); ++i) {
     const std::uint64_t col = editor.cursor_col;
     const bool selected = editor.select_active();
     editor.change_case_char();
@@ -150,6 +154,12 @@ int take_count(Input& input) {
   return static_cast<int>(std::max<std::int64_t>(count, 1));
 }
 
+bool stopped(Editor& editor, bool verbose) {
+  if (!zan::take_interrupt()) return editor.check_abort(verbose);
+  editor.status_message = "Abort";
+  return true;
+}
+
 // The word that the string begins with, which is taken.
 const Word* take_word(Input& input) {
   for (const Word& word : kWords) {
@@ -166,7 +176,8 @@ const Word* take_word(Input& input) {
 
 bool Editor::execute_nokeypad_string(const std::string& commands, bool verbose) {
   const AbortGuard guard;
-  for (Input input{commands}; !check_abort(verbose);) {
+  zan::forget_interrupt();
+  for (Input input{commands}; !stopped(*this, verbose);) {
     while (!input.rest.empty() && zan::is_space(input.rest.front())) input.take(1);
     if (input.rest.empty()) return false;
     input.count = take_count(input);

@@ -45,6 +45,20 @@ class RowCells {
   std::vector<Run> cells_;
 };
 
+// Text of one column a byte, most of what is ever shown, needs no look at each column.
+std::vector<Run> ascii_runs(std::string_view text, std::size_t reverse_begin, std::size_t reverse_end) {
+  reverse_end = std::min(reverse_end, text.size());
+  reverse_begin = std::min(reverse_begin, reverse_end);
+  std::vector<Run> runs;
+  const auto add = [&](std::size_t begin, std::size_t end, bool reverse) {
+    if (begin < end) runs.push_back({std::string(text.substr(begin, end - begin)), reverse});
+  };
+  add(0, reverse_begin, false);
+  add(reverse_begin, reverse_end, true);
+  add(reverse_end, text.size(), false);
+  return runs;
+}
+
 std::string line_number(const ScreenView& view, std::uint64_t row) {
   return view.line_numbers ? std::to_string(row + 1) + " " : "";
 }
@@ -64,12 +78,12 @@ std::pair<std::uint64_t, std::uint64_t> selected_bytes(const ScreenView& view, s
   return {std::min(begin, length), std::min(end, length)};
 }
 
-std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row) {
+// The line that begins at offset `start`.
+std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row, std::uint64_t start,
+                           std::uint64_t length) {
   std::string shown = line_number(view, row);
   const std::uint64_t prefix = shown.size();
   const std::uint64_t width = static_cast<std::uint64_t>(std::max(view.columns, 0));
-  const std::uint64_t start = view.text.line_start(row);
-  const std::uint64_t length = view.text.line_length(row);
   const std::uint64_t skipped = view.truncate ? 0 : std::min(view.corner.left_col, length);
   const auto [begin, end] = selected_bytes(view, row, length);
   const auto column = [&, from = skipped](std::uint64_t byte) {
@@ -145,10 +159,16 @@ Picture make_picture(const ScreenView& view) {
     if (row >= 0 && row < view.rows) picture.rows[static_cast<std::size_t>(row)] = std::move(runs);
   };
   const std::uint64_t lines = view.text.line_count();
-  for (int i = 0; i < text_rows(view); ++i) {
-    const std::uint64_t row = view.corner.top_row + static_cast<std::uint64_t>(i);
-    if (row < lines) put(i, line_runs(view, row));
-    else if (row == lines) put(i, plain_runs(view, "[EOB]"));
+  std::uint64_t row = view.corner.top_row;
+  std::uint64_t start = view.text.line_start(row);
+  for (int i = 0; i < text_rows(view); ++i, ++row) {
+    if (row < lines) {
+      const std::uint64_t end = view.text.line_end(row);
+      put(i, line_runs(view, row, start, end - start));
+      start = end + 1;
+    } else if (row == lines) {
+      put(i, plain_runs(view, "[EOB]"));
+    }
   }
   put(view.rows - 3, plain_runs(view, std::string(static_cast<std::size_t>(std::max(view.columns, 1)), '-')));
   put(view.rows - 2, plain_runs(view, view.status));
@@ -159,6 +179,10 @@ Picture make_picture(const ScreenView& view) {
 
 std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
                               int columns, bool utf8) {
+  if (std::ranges::all_of(bytes, [](char c) { return c >= ' ' && c <= '~'; })) {
+    bytes = bytes.substr(0, static_cast<std::size_t>(std::max(columns, 0)));
+    return ascii_runs(bytes, reverse_begin, reverse_end);
+  }
   RowCells cells(columns);
   for (std::size_t i = 0; i < bytes.size();) {
     const bool reverse = i >= reverse_begin && i < reverse_end;

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <chrono>
 
 #include "app/editor.h"
 #include "app/version.h"
@@ -10,39 +11,53 @@
 
 namespace {
 
-// A drawing that the next key overtakes may be left out, but a long paste is to be seen coming in.
-constexpr int kMostKeysUndrawn = 64;
-
-// The screen is drawn whenever the wait for a key begins.
+// The screen is drawn whenever the wait for a key begins. A drawing that the next key overtakes is left out,
+// but a long paste is to be seen coming in.
 class KeyLoop {
  public:
   explicit KeyLoop(Editor& editor) : editor_(editor) {}
 
   std::optional<int> next() {
-    if (undrawn_ >= kMostKeysUndrawn || !zan::key_waiting()) {
-      editor_.draw_screen();
-      undrawn_ = 0;
-    }
-    ++undrawn_;
-    return zan::read_key([this] { editor_.draw_screen(); });
+    if (!zan::key_waiting() || Clock::now() - drawn_ > kLongestUndrawn) draw();
+    return zan::read_key([this] { draw(); });
   }
 
  private:
+  using Clock = std::chrono::steady_clock;
+  static constexpr std::chrono::milliseconds kLongestUndrawn{40};
+
+  void draw() {
+    editor_.draw_screen();
+    drawn_ = Clock::now();
+  }
+
   Editor& editor_;
-  int undrawn_ = kMostKeysUndrawn;
+  Clock::time_point drawn_;
 };
 
-// What was printed and read ahead belongs to line mode.
-void leave_line_mode(Editor& editor) {
-  editor.console.flush();
-  editor.console.release_input();
-}
+// What was printed and read ahead belongs to line mode; what is typed after the command is for the screen,
+// and what is typed after the screen's last key is for line mode again.
+class Handover {
+ public:
+  explicit Handover(zan::Console& console) : console_(console) {
+    console_.flush();
+    zan::give_input(console_.take_input());
+  }
+  ~Handover() {
+    if (!g_curses_active) console_.put_back(zan::take_input());
+  }
+  Handover(const Handover&) = delete;
+  Handover& operator=(const Handover&) = delete;
+
+ private:
+  zan::Console& console_;
+};
 
 } // namespace
 
 void Editor::screen_mode() {
   append_journal_line("CHANGE");
-  leave_line_mode(*this);
+  const Handover handover(console);
   const zan::ScreenVisit visit(keypad == "PC");
   if (!visit) return;
   KeyLoop keys(*this);
@@ -59,7 +74,7 @@ void Editor::screen_mode() {
 }
 
 void Editor::nokeypad_mode() {
-  leave_line_mode(*this);
+  const Handover handover(console);
   const zan::ScreenVisit visit(keypad == "PC");
   if (!visit) return;
   status_message = "Nokeypad — type commands (HELP NOKEYPAD); EX or Ctrl/Z to leave";

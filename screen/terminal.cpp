@@ -1,9 +1,10 @@
 #include "screen/terminal.h"
 
+#include <algorithm>
 #include <array>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
-#include <deque>
 #include <string>
 #include <string_view>
 #include <sys/ioctl.h>
@@ -13,6 +14,8 @@
 #include "app/console.h"
 #include "app/signals.h"
 #include "screen/curses.h"
+#include "screen/draw.h"
+#include "screen/key_decoder.h"
 #include "screen/key_sequences.h"
 #include "screen/keys.h"
 #include "screen/output_locale.h"
@@ -23,34 +26,39 @@ namespace zan {
 
 namespace {
 
-void note_signal(int signal) { g_zan_pending_signal = signal; }
+constexpr int kEscapeDelay = 25; // milliseconds in which a sequence that has begun goes on
 
-// Signals whose action is the screen's while it runs. The library takes the first two when it is first
-// started and never gives them back, so both sides' actions are kept and exchanged. An interrupt from outside
-// ends the program; the library would do so without a trace of the signal, but only takes it while it has no
-// handler.
+void note_signal(int signal) { g_zan_pending_signal = signal; }
+void wake_up(int) {} // the wait for a key ends and looks at the terminal's size
+
+void handle(int signal, void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  sigemptyset(&action.sa_mask);
+  sigaction(signal, &action, nullptr);
+}
+
+// Signals whose action is the screen's while it runs. The library takes the first when it is first started
+// and never gives it back, so both sides' actions are kept and exchanged; it would take the others too, but
+// leaves those alone that have a handler. An interrupt from outside ends the program by that signal.
 class ScreenSignals {
  public:
   void set_aside() {
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], nullptr, &outside_[i]);
-    if (outside_[kInterrupt].sa_handler != SIG_DFL) return;
-    struct sigaction action {};
-    action.sa_handler = note_signal;
-    sigemptyset(&action.sa_mask);
-    sigaction(SIGINT, &action, nullptr);
+    handle(SIGWINCH, wake_up);
+    if (outside_[kInterrupt].sa_handler == SIG_DFL) handle(SIGINT, note_signal);
   }
-  void resume_library() const {
-    for (std::size_t i = 0; i < kInterrupt; ++i) sigaction(kSignals[i], &library_[i], nullptr);
-  }
+  void resume_library() const { sigaction(SIGTSTP, &library_, nullptr); }
   void give_back() {
-    for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &outside_[i], &library_[i]);
+    sigaction(SIGTSTP, nullptr, &library_);
+    for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &outside_[i], nullptr);
   }
 
  private:
   static constexpr std::array<int, 3> kSignals{SIGTSTP, SIGWINCH, SIGINT};
   static constexpr std::size_t kInterrupt = 2;
   std::array<struct sigaction, 3> outside_{};
-  std::array<struct sigaction, 3> library_{};
+  struct sigaction library_ {};
 };
 
 // The one owner of the terminal. The library is started once and afterwards suspended and resumed, so that
@@ -60,8 +68,8 @@ struct Room {
   int visits = 0;               // one inside the other
   bool own_numeric_mode = true; // the library does not send ESC ">" itself
   ScreenSignals signals;
-  std::deque<int> ahead; // keys that were read before they were asked for
-  bool ready = false;    // the input has announced something that has not been read
+  KeyDecoder keys;             // what has been read and not been asked for
+  bool reads_terminal = false; // not a pipe or a file
   bool ended = false;
   bool interrupted = false;
   std::uint64_t events = 0;
@@ -83,10 +91,8 @@ void set_modes() {
   noecho();
   keypad(stdscr, TRUE);
   nonl();
-  set_escdelay(25);     // milliseconds
   use_legacy_coding(0); // the locale at the time of writing decides what is printable
   typeahead(-1);        // a drawing is whole: who waits for it decides whether it is made
-  wtimeout(stdscr, 0);
 }
 
 bool start_library() {
@@ -104,23 +110,41 @@ bool start_library() {
   set_modes();
   repair_key_sequences();
   room().own_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
+  room().reads_terminal = isatty(STDIN_FILENO) != 0;
   room().started = true;
   return true;
 }
 
-int next_key(); // defined below
+// The library's own rule: a size in the environment holds.
+int size_or_environment(int size, const char* variable) {
+  const char* text = std::getenv(variable);
+  const int wanted = text != nullptr ? std::atoi(text) : 0;
+  return wanted > 0 ? wanted : size;
+}
+
+// Takes over the terminal's size; false when it is still the same.
+bool adopt_size() {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return false;
+  const int rows = size_or_environment(size.ws_row, "LINES");
+  const int columns = size_or_environment(size.ws_col, "COLUMNS");
+  if (rows <= 0 || columns <= 0 || !is_term_resized(rows, columns)) return false;
+  resize_term(rows, columns);
+  screen_repaint();
+  return true;
+}
 
 void resume_library() {
   room().signals.set_aside();
   room().signals.resume_library();
   def_shell_mode();
-  werase(stdscr);
+  blank_window();
   wrefresh(stdscr);
-  // The library looks at the terminal's size when it is told to.
-  std::raise(SIGWINCH);
-  if (const int key = next_key(); key != ERR) room().ahead.push_back(key);
+  keypad(stdscr, TRUE);
+  adopt_size();
 }
 
+// The keypad's application mode is for a terminal that the library could be started on.
 bool enter() {
   if (room().started) {
     write_fully(STDOUT_FILENO, "\033=");
@@ -157,35 +181,42 @@ class SignalPause {
   sigset_t before_{};
 };
 
-// A key that is there already, ERR when there is none.
-int next_key() {
-  const int key = wgetch(stdscr);
-  if (key != ERR) room().ready = false;
-  return key;
-}
-
-// Waits until next_key may have something or a signal has come. False at the end of the input: it is
-// announced as ready, and nothing can be read.
-bool wait_for_input(const sigset_t* mask) {
-  Room& the = room();
-  int unread = 0;
-  if (the.ready && (ioctl(STDIN_FILENO, FIONREAD, &unread) < 0 || unread == 0)) {
-    the.ended = true;
-    return false;
-  }
+// Waits for input: positive when there is some, 0 after `milliseconds` (negative: never), negative after a
+// signal.
+int wait_for_input(const sigset_t* mask, int milliseconds) {
   fd_set input;
   FD_ZERO(&input);
   FD_SET(STDIN_FILENO, &input);
-  the.ready = pselect(STDIN_FILENO + 1, &input, nullptr, nullptr, nullptr, mask) > 0;
-  return true;
+  const timespec limit{0, milliseconds * 1'000'000L};
+  return pselect(STDIN_FILENO + 1, &input, nullptr, nullptr, milliseconds < 0 ? nullptr : &limit, mask);
 }
 
-// Nothing, or a key, KEY_RESIZE among them.
+// Reads input that is there. Key by key, so that what is typed ahead of the end of the program is left to
+// whoever reads next; only what comes faster than anybody types is taken in blocks. A pipe is never read
+// beyond the key.
+void read_input() {
+  constexpr int kPasted = 256;
+  std::array<char, 4096> bytes;
+  int unread = 0;
+  const bool pasted =
+      isatty(STDIN_FILENO) != 0 && ioctl(STDIN_FILENO, FIONREAD, &unread) == 0 && unread >= kPasted;
+  const ssize_t count = ::read(STDIN_FILENO, bytes.data(), pasted ? bytes.size() : 1);
+  if (count > 0) room().keys.feed({bytes.data(), static_cast<std::size_t>(count)});
+  else if (count == 0 || (errno != EINTR && errno != EAGAIN)) room().ended = true;
+}
+
+// A key, KEY_RESIZE among them; nothing at the end of the input and for a pending signal.
 std::optional<int> wait_for_key() {
+  Room& the = room();
+  if (const auto key = the.keys.next(the.ended)) return key;
   const SignalPause pause;
-  while (g_zan_pending_signal == 0) {
-    if (const int key = next_key(); key != ERR) return key;
-    if (!wait_for_input(pause.before())) break;
+  while (g_zan_pending_signal == 0 && !the.ended) {
+    if (adopt_size()) return KEY_RESIZE;
+    const bool begun = !the.keys.empty();
+    const int ready = wait_for_input(pause.before(), begun ? kEscapeDelay : -1);
+    if (ready > 0) read_input();
+    if (ready < 0) keypad(stdscr, TRUE); // the library leaves it off when the program goes on after a stop
+    if (const auto key = the.keys.next(ready == 0 || the.ended)) return key;
   }
   return std::nullopt;
 }
@@ -211,10 +242,6 @@ void screen_flash() {
   flash();
 }
 
-void screen_repaint() {
-  if (room().started) wclear(stdscr);
-}
-
 ScreenVisit::ScreenVisit(bool pc_keypad) {
   if (room().visits == 0 && !enter()) {
     report_failure();
@@ -222,7 +249,9 @@ ScreenVisit::ScreenVisit(bool pc_keypad) {
   }
   started_ = true;
   ++room().visits;
+  // In nokeypad mode too: the keypad's Enter ends the prompt, and no key leaves its sequence in the answer.
   register_key_sequences(pc_keypad);
+  room().keys.learn(key_defined);
 }
 
 ScreenVisit::~ScreenVisit() {
@@ -230,30 +259,16 @@ ScreenVisit::~ScreenVisit() {
 }
 
 std::optional<int> read_key(const std::function<void()>& redraw) {
-  Room& the = room();
-  ++the.events;
+  ++room().events;
   for (;;) {
-    std::optional<int> key;
-    if (the.ahead.empty()) {
-      key = wait_for_key();
-    } else {
-      key = the.ahead.front();
-      the.ahead.pop_front();
-    }
+    const auto key = wait_for_key();
     end_by_pending_signal();
     if (key != KEY_RESIZE) return key;
     redraw();
   }
 }
 
-bool key_waiting() {
-  if (!room().ahead.empty()) return true;
-  fd_set input;
-  FD_ZERO(&input);
-  FD_SET(STDIN_FILENO, &input);
-  timeval at_once{};
-  return select(STDIN_FILENO + 1, &input, nullptr, nullptr, &at_once) > 0;
-}
+bool key_waiting() { return !room().keys.empty() || room().ended || wait_for_input(nullptr, 0) > 0; }
 
 bool screen_input_ended() { return room().ended; }
 
@@ -262,13 +277,19 @@ void note_interrupt() { room().interrupted = true; }
 
 bool take_interrupt() {
   Room& the = room();
-  if (the.interrupted || the.ended || g_zan_pending_signal != 0) return true;
+  if (the.interrupted || (the.ended && the.reads_terminal) || g_zan_pending_signal != 0) return true;
   if (!g_curses_active) return false;
-  for (int key = next_key(); key != ERR; key = next_key()) {
-    if (key == kCtrlC) return the.interrupted = true;
-    the.ahead.push_back(key);
-  }
-  return false;
+  while (!the.ended && wait_for_input(nullptr, 0) > 0) read_input();
+  return the.interrupted = the.keys.remove(kCtrlC);
+}
+
+void give_input(std::string_view bytes) { room().keys.feed(bytes); }
+
+std::string take_input() {
+  std::string bytes = room().keys.take_rest();
+  // As the terminal does for line mode.
+  if (room().reads_terminal) std::ranges::replace(bytes, '\r', '\n');
+  return bytes;
 }
 
 std::uint64_t screen_events() { return room().events; }
@@ -279,6 +300,8 @@ void zan_safe_endwin() {
   if (!g_curses_active) return;
   g_curses_active = false;
   zan::room().visits = 0;
+  // Where the library cannot bring back what stood there before, line mode goes on in the lowest row.
+  if (zan::capability("rmcup").empty()) zan::show_bottom_row({}, 0);
   endwin();
   if (zan::room().own_numeric_mode) zan::write_fully(STDOUT_FILENO, "\033>");
   zan::room().signals.give_back();

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
+#include <string_view>
 
 // What the rest of the program needs of the screen library, without including it.
 
@@ -24,7 +26,6 @@ bool screen_was_started(); // the screen library has been started in this run
 ScreenSize screen_size();
 void screen_beep();
 void screen_flash();
-void screen_repaint(); // the next drawing sends every row anew
 
 // While one lives, the terminal is the screen's. A visit inside another one leaves the terminal to the outer
 // one at its end. A screen that cannot be started is reported on standard error, and the visit is false.
@@ -43,7 +44,7 @@ class ScreenVisit {
 // The next key, waiting for it; nothing when the input has ended or the terminal has gone. A new size of the
 // terminal is no key: `redraw` is called and the wait goes on. Ends the program by a pending signal.
 std::optional<int> read_key(const std::function<void()>& redraw);
-bool key_waiting(); // read_key would return at once
+bool key_waiting(); // read_key would return at once, or soon
 bool screen_input_ended();
 
 // For a repetition, which Ctrl/C ends: forget_interrupt before it; take_interrupt is true once Ctrl/C has
@@ -52,6 +53,9 @@ bool screen_input_ended();
 void forget_interrupt();
 void note_interrupt();
 bool take_interrupt();
+// What is read ahead goes from line mode to the screen and back.
+void give_input(std::string_view bytes);
+std::string take_input();
 // Grows with every key asked for and every bell: what a repetition does although the editor stays the same.
 std::uint64_t screen_events();
 
