@@ -35,7 +35,7 @@ void Editor::quit_without_saving_now() {
   zan_safe_endwin();
   save_current_buffer_state();
   const bool changed =
-      std::ranges::any_of(buffers, [](const auto& entry) { return entry.second.modified(); });
+      std::ranges::any_of(buffers.entries(), [](const auto& entry) { return entry.buffer.modified(); });
   say(changed, "Changes discarded\n");
   leave(console, 0);
 }

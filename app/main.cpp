@@ -26,27 +26,7 @@ bool environment_turns_on(const char* name) {
   return value != nullptr && *value != '\0' && std::string_view(value) != "0";
 }
 
-int run_editor(const zan::CommandLine& line) {
-  try {
-    Editor editor(line.files, line.command, line.output, line.read_only,
-                  line.recover || environment_turns_on("ZAN_RECOVER"), line.journal);
-    editor.set_debug_keys(line.debug_keys);
-    const int status = editor.run();
-    zan_safe_endwin();
-    return status;
-  } catch (const std::exception& error) {
-    zan_safe_endwin();
-    zan::write_fully(STDERR_FILENO, std::string("fatal: ") + error.what() + "\n");
-    return 1;
-  }
-}
-
-} // namespace
-
-int main(int argc, char** argv) {
-  fill_closed_streams();
-  zan::raise_stack_limit();
-  zan::install_signal_handlers();
+int run_program(int argc, char** argv) {
   const char* program = argc > 0 ? argv[0] : nullptr;
   if (argc < 2) {
     print_usage(program);
@@ -64,5 +44,26 @@ int main(int argc, char** argv) {
     print_usage(program);
     return line.help ? 0 : 1;
   }
-  return run_editor(line);
+  Editor editor(line.files, line.command, line.output, line.read_only,
+                line.recover || environment_turns_on("ZAN_RECOVER"), line.journal);
+  editor.set_debug_keys(line.debug_keys);
+  const int status = editor.run();
+  zan_safe_endwin();
+  return status;
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+  fill_closed_streams();
+  zan::raise_stack_limit();
+  zan::install_signal_handlers();
+  try {
+    return run_program(argc, argv);
+  } catch (const std::exception& error) {
+    zan_safe_endwin();
+    // Part by part: there may be no memory left to put them together.
+    for (const char* part : {"fatal: ", error.what(), "\n"}) zan::write_fully(STDERR_FILENO, part);
+    return 1;
+  }
 }

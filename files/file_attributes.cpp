@@ -85,6 +85,7 @@ bool copy_attributes(int from, int to) {
   // A new file may have been given an access list by its directory that the old one did not have.
   for (const std::string& name : *present) {
     if (attribute_value(from, name)) continue;
+    if (errno != ENODATA) return false; // it may be there all the same
     if (::fremovexattr(to, name.c_str()) != 0 && errno != ENODATA) return false;
   }
   return true;

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <fcntl.h>
 #include <sys/uio.h>
@@ -22,7 +23,9 @@ bool is_trusted(const JournalFile& journal, const struct stat& file) {
 bool is_protected(const JournalFile& journal, const struct stat& file) {
   return std::ranges::any_of(journal.protected_paths, [&](const std::string& path) {
     struct stat other {};
-    return is_usable_path(path) && zan_stat(path.c_str(), &other) == 0 && same_file(other, file);
+    if (!is_usable_path(path)) return false;
+    if (zan_stat(path.c_str(), &other) == 0) return same_file(other, file);
+    return errno != ENOENT && errno != ENOTDIR; // what cannot be looked at may be the same file
   });
 }
 

@@ -104,8 +104,9 @@ TemporaryFile::TemporaryFile(int directory, std::string_view leaf, mode_t mode)
 }
 
 bool TemporaryFile::create(const std::string& name, mode_t mode) {
+  std::string kept = name; // nothing may fail between the making of the file and its name's being known
   file_ = open_at(directory_.get(), name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
-  if (file_) name_ = name;
+  if (file_) name_.swap(kept);
   return static_cast<bool>(file_);
 }
 

@@ -1,30 +1,49 @@
 #pragma once
 
-#include <map>
-#include <memory>
+#include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
+#include "text/block.h"
 #include "text/text_buffer.h"
 
 namespace zan {
 
-// The named buffers in name order. Copies share the whole map until one of them changes it, so an undo
-// snapshot costs the same with a hundred buffers as with two.
+// The named buffers in name order. Copies share what neither has changed, so an undo snapshot costs one
+// pointer, and a change after it O(log buffers).
 class BufferRegistry {
  public:
-  using Map = std::map<std::string, TextBuffer, std::less<>>;
-
   const TextBuffer* find(std::string_view name) const; // null when there is none
-  TextBuffer& entry(const std::string& name); // created empty when there is none; valid until the next change
+  TextBuffer& entry(std::string_view name); // created empty when there is none; valid until the next change
   void erase(std::string_view name);
-  Map::const_iterator begin() const { return map_->begin(); }
-  Map::const_iterator end() const { return map_->end(); }
+
+  struct Entry {
+    std::string_view name;
+    const TextBuffer& buffer;
+  };
+  std::vector<Entry> entries() const; // valid until the next change
 
  private:
-  Map& own(); // the map, copied first when it is shared
+  // A treap: a search tree by name that is a heap by rank, which a hash of the name gives. So its shape
+  // depends on the names alone, and is balanced but for names chosen to make it not so.
+  struct Node;
+  using NodeRef = Ref<Node>;
+  struct Node {
+    std::string name;
+    std::uint64_t rank = 0;
+    TextBuffer buffer;
+    NodeRef left;
+    NodeRef right;
+    std::uint32_t refs = 0;
+  };
 
-  std::shared_ptr<Map> map_ = std::make_shared<Map>();
+  static Node& own(NodeRef& tree); // the node, copied first when it is shared
+  static TextBuffer& entry_in(NodeRef& tree, std::string_view name, std::uint64_t rank);
+  static void split(NodeRef tree, std::string_view name, NodeRef& below, NodeRef& above);
+  static NodeRef merge(NodeRef below, NodeRef above);
+
+  NodeRef root_;
 };
 
 // The normal form of a buffer name: trimmed, without one leading "=" and one pair of quotes, trimmed, upper

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "tests/files/scratch_directory.h"
+#include "tests/sessions/run_program.h"
+
+// Runs of the program under faults, and the count of what held.
+namespace zan::test {
+
+// The long form runs everything; the short one a part, chosen evenly.
+bool long_form();
+
+// The runs of one promise. Prints "PROMISE row=1 runs=200 failed=0" at its end.
+class Promise {
+ public:
+  explicit Promise(int row) : row_(row) {}
+  ~Promise();
+  Promise(const Promise&) = delete;
+  Promise& operator=(const Promise&) = delete;
+
+  // One run: `wrong` says what did not hold; "": everything did.
+  void ran(const std::string& what, const std::string& wrong);
+
+ private:
+  int row_;
+  int runs_ = 0;
+  int failed_ = 0;
+};
+
+// How a run is to go wrong; see the shim.
+struct Fault {
+  std::string how; // "": not at all
+  long call = 0;
+};
+
+struct Start {
+  std::vector<std::string> arguments;
+  std::string input;
+  std::string shell = {}; // a command in which $0 "$@" is the program and its arguments; "": just that
+  std::map<std::string, std::string> environment = {}; // besides the usual
+};
+
+// A directory with "work", where the program runs, and "spare", where it may put temporary files.
+class Stage {
+ public:
+  Stage();
+  ~Stage();
+  Stage(const Stage&) = delete;
+  Stage& operator=(const Stage&) = delete;
+
+  std::string operator/(const std::string& name) const { return home_ / ("work/" + name); }
+  std::string home(const std::string& name) const { return home_ / name; }
+  void prepare(const std::string& script) const; // a shell's, run in "work"
+
+  RunResult run(const Start& start) const;
+  // The fault strikes while the program acts on the given line of its input.
+  RunResult run(Start start, long line, const Fault& fault) const;
+  std::vector<std::string> calls() const; // that the last run with a line made while it acted on it
+
+  // What lies in "work" and "spare": path from home, and its bytes, where a link leads or "(no file)".
+  std::map<std::string, std::string> contents() const;
+
+ private:
+  ScratchDirectory home_;
+};
+
+// Kind, mode, owner, number of links, extended attributes and, for a link, where it leads.
+std::string identity(const std::string& path);
+
+bool is_root();
+// A shell prefix that runs the program as nobody, for root; for others they are somebody else than root
+// already.
+std::string as_nobody();
+
+bool is_temporary(std::string_view path);   // what a save leaves when it cannot end
+bool is_rescue_copy(std::string_view path); // of a text that could not be saved
+
+inline bool contains(std::string_view text, std::string_view part) {
+  return text.find(part) != std::string_view::npos;
+}
+
+} // namespace zan::test
