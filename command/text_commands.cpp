@@ -10,8 +10,9 @@
 
 namespace {
 
-// Puts edit(line) in place of each line of the range; the text around it is shared. Nothing changes, the
-// modified flag included, when no byte does. `edit` gets the line and its number in the range, from 0.
+// Puts another line in place of each line of the range; the text around it is shared. Nothing changes, the
+// modified flag included, when no byte does. `edit` gets the line and its number in the range, from 0, and
+// leaves what is to stand there in its last argument, whose storage serves all lines.
 template <typename Edit> void rewrite_lines(TextBuffer& buffer, const Editor::LineRange& range, Edit edit) {
   const zan::LineStore& text = buffer.lines();
   if (range.first > range.last) return;
@@ -20,8 +21,9 @@ template <typename Edit> void rewrite_lines(TextBuffer& buffer, const Editor::Li
   zan::LineWalker walker(text, range.first);
   bool changed = false;
   std::string_view line;
+  std::string edited;
   for (std::uint64_t i = 0; i <= range.last - range.first && walker.next(line); ++i) {
-    const std::string edited = edit(line, i);
+    edit(line, i, edited);
     changed = changed || edited != line;
     if (i > 0) rewritten.append_break();
     rewritten.append_bytes(edited);
@@ -32,22 +34,22 @@ template <typename Edit> void rewrite_lines(TextBuffer& buffer, const Editor::Li
 }
 
 // Leading blanks and tabs as so many blanks as they fill with tab stops `width` apart.
-std::string with_blank_indent(std::string_view line, std::uint64_t width) {
+void put_blank_indent(std::string_view line, std::uint64_t width, std::string& edited) {
   std::uint64_t column = 0;
   std::size_t used = 0;
   for (; used < line.size() && (line[used] == ' ' || line[used] == '\t'); ++used)
     column = line[used] == ' ' ? column + 1 : (column / width + 1) * width;
-  return std::string(static_cast<std::size_t>(column), ' ').append(line.substr(used));
+  edited.assign(static_cast<std::size_t>(column), ' ').append(line.substr(used));
 }
 
 // A sequence number in the first eight columns: put before a shorter line, over the start of a longer one.
-std::string with_sequence_number(std::string_view line, int number) {
+void put_sequence_number(std::string_view line, int number, std::string& edited) {
   constexpr std::size_t kField = 8;
-  char text[24] = "";
-  std::snprintf(text, sizeof text, "%05d.00", number);
-  std::string field(text);
-  field.resize(kField, ' ');
-  return field.append(line.size() < kField ? line : line.substr(kField));
+  char field[24] = "";
+  std::snprintf(field, sizeof field, "%05d.00", number);
+  edited.assign(field);
+  edited.resize(kField, ' ');
+  edited.append(line.size() < kField ? line : line.substr(kField));
 }
 
 // start + index * step in 32 bits, wrapping round.
@@ -116,8 +118,9 @@ void Editor::tab_adjust_command(const std::string& arg, bool verbose) {
   const auto range = range_or_cursor_line(arg, verbose);
   if (!range) return;
   const std::uint64_t width = tab_width >= 1 ? static_cast<std::uint64_t>(tab_width) : 8;
-  rewrite_lines(current, *range,
-                [&](std::string_view line, std::uint64_t) { return with_blank_indent(line, width); });
+  rewrite_lines(current, *range, [&](std::string_view line, std::uint64_t, std::string& edited) {
+    put_blank_indent(line, width, edited);
+  });
   const std::uint64_t count = range->last + 1 - std::min(range->first, range->last + 1);
   say(verbose, "Tab adjust ", many(count, "line", count > 1), "\n");
 }
@@ -128,9 +131,10 @@ void Editor::resequence_command(const std::string&, const Qualifiers& quals, boo
   if (start < 1) start = 100;
   if (step <= 0) step = 100;
   if (quals.duplicate) step = 0;
-  rewrite_lines(current, {0, current.line_count() - 1}, [&](std::string_view line, std::uint64_t i) {
-    return with_sequence_number(line, sequence_number(start, step, i));
-  });
+  rewrite_lines(current, {0, current.line_count() - 1},
+                [&](std::string_view line, std::uint64_t i, std::string& edited) {
+                  put_sequence_number(line, sequence_number(start, step, i), edited);
+                });
   status_message = "Lines renumbered";
   say(verbose, "Lines renumbered\n");
 }
@@ -155,11 +159,10 @@ void Editor::xlate_command(const std::string& arg, bool verbose) {
   const auto range = range_or_cursor_line(trim(rest), verbose);
   if (!range) return;
   std::uint64_t count = 0;
-  rewrite_lines(current, *range, [&](std::string_view line, std::uint64_t) {
+  rewrite_lines(current, *range, [&](std::string_view line, std::uint64_t, std::string& edited) {
     count += static_cast<std::uint64_t>(std::ranges::count(line, from));
-    std::string edited(line);
+    edited.assign(line);
     std::ranges::replace(edited, from, to);
-    return edited;
   });
   say(verbose, many(count, "character", count != 1), " translated\n");
 }

@@ -11,7 +11,7 @@
 namespace zan {
 
 inline unsigned char to_byte(char c) { return static_cast<unsigned char>(c); }
-inline bool is_space(char c) { return std::isspace(to_byte(c)) != 0; }
+inline bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
 inline bool is_alpha(char c) { return std::isalpha(to_byte(c)) != 0; }
 inline bool is_punct(char c) { return std::ispunct(to_byte(c)) != 0; }

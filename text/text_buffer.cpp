@@ -1,8 +1,10 @@
 #include "text/text_buffer.h"
 
 #include <algorithm>
+#include <array>
 
 #include "text/byte_scan.h"
+#include "text/bytes.h"
 #include "text/load_file.h"
 
 using zan::LineStore;
@@ -11,6 +13,8 @@ using zan::LineWalker;
 using zan::Position;
 
 namespace {
+
+constexpr std::size_t kCacheful = 64 * 1024; // bytes that are looked at several times while they are near
 
 // The lines of `text` without one carriage return at each line's end.
 LineStore without_returns(const LineStore& text) {
@@ -246,16 +250,22 @@ void TextBuffer::replace_in_line(std::uint64_t row, std::uint64_t col, std::uint
 void TextBuffer::transform_span(Position start, Position end, char (*change)(char)) {
   const std::uint64_t first = lines_.offset_of(start);
   const std::uint64_t last = end.row < line_count() ? lines_.offset_of(end) : lines_.byte_count();
+  std::array<char, 256> changed_byte{};
+  for (std::size_t i = 0; i < changed_byte.size(); ++i)
+    changed_byte[i] = change(static_cast<char>(static_cast<unsigned char>(i)));
   LineStoreBuilder builder;
   builder.append(lines_, 0, first);
   zan::PieceWalker walker(lines_, first, last);
   bool changed = false;
+  std::string bytes;
   for (zan::Chunk chunk; walker.next(chunk);) {
-    std::string bytes(chunk.bytes);
-    for (char& c : bytes)
-      if (chunk.literal || c != '\n') c = change(c);
-    changed = changed || bytes != chunk.bytes;
-    chunk.literal ? builder.append_bytes(bytes) : builder.append_text(bytes);
+    changed_byte['\n'] = chunk.literal ? change('\n') : '\n';
+    for (std::string_view rest = chunk.bytes; !rest.empty(); rest.remove_prefix(bytes.size())) {
+      bytes.assign(rest.substr(0, kCacheful));
+      for (char& c : bytes) c = changed_byte[zan::to_byte(c)];
+      changed = changed || bytes != rest.substr(0, bytes.size());
+      chunk.literal ? builder.append_bytes(bytes) : builder.append_text(bytes);
+    }
   }
   if (!changed) return;
   builder.append(lines_, last, lines_.byte_count());
