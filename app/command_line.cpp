@@ -15,53 +15,41 @@ namespace zan {
 
 namespace {
 
-struct Flag {
-  std::string_view spelling; // dash forms as typed, slash forms in any case
-  bool CommandLine::*field;
-};
-
-constexpr auto kFlags = std::to_array<Flag>({
-    {"-d", &CommandLine::debug_keys},
-    {"-k", &CommandLine::debug_keys},
-    {"/DEBUG", &CommandLine::debug_keys},
-    {"/DEBUG_KEYS", &CommandLine::debug_keys},
-    {"-readonly", &CommandLine::read_only},
-    {"/READ_ONLY", &CommandLine::read_only},
-    {"/READONLY", &CommandLine::read_only},
-    {"-recover", &CommandLine::recover},
-    {"/RECOVER", &CommandLine::recover},
-    {"-h", &CommandLine::help},
-    {"--help", &CommandLine::help},
-    {"/?", &CommandLine::help},
+constexpr auto kOptions = std::to_array<Option>({
+    {{"-command"}, "file", "Replay line-mode commands from file after ZAN.INI", &CommandLine::command},
+    {{"-command="}, "file", "Same as -command file", &CommandLine::command},
+    {{"-output=", "/OUTPUT="}, "file", "Write MAIN to file on EXIT (/OUTPUT=file)", &CommandLine::output},
+    {{"-readonly", "/READ_ONLY", "/READONLY"},
+     "",
+     "Disallow mutating commands (/READ_ONLY)",
+     &CommandLine::read_only},
+    {{"-recover", "/RECOVER"}, "", "Replay journal if present (/RECOVER)", &CommandLine::recover},
+    {{"-journal=", "/JOURNAL="},
+     "path",
+     "Journal file path (/JOURNAL=path); host text journal",
+     &CommandLine::journal},
+    {{"-d", "-k", "/DEBUG", "/DEBUG_KEYS"},
+     "",
+     "Debug: show last key's name + code on the status line",
+     &CommandLine::debug_keys},
+    {{"-h", "--help", "/?"}, "", "", &CommandLine::help},
 });
 
-struct ValuedOption {
-  std::string_view prefix;
-  std::optional<std::string> CommandLine::*field;
-};
-
-constexpr auto kValuedOptions = std::to_array<ValuedOption>({
-    {"-command=", &CommandLine::command},
-    {"-output=", &CommandLine::output},
-    {"/OUTPUT=", &CommandLine::output},
-    {"-journal=", &CommandLine::journal},
-    {"/JOURNAL=", &CommandLine::journal},
-});
-
-bool take_flag(CommandLine& line, std::string_view spelled) {
-  for (const Flag& flag : kFlags) {
-    if (spelled != flag.spelling) continue;
-    line.*flag.field = true;
-    return true;
-  }
-  return false;
-}
-
-bool take_value(CommandLine& line, std::string_view spelled, const std::string& argument) {
-  for (const ValuedOption& option : kValuedOptions) {
-    if (!spelled.starts_with(option.prefix)) continue;
-    line.*option.field = argument.substr(option.prefix.size());
-    return true;
+// Takes the option that arguments[at] is, with the argument after it when that is its value; false when it
+// is none.
+bool take_option(CommandLine& line, const std::vector<std::string>& arguments, std::size_t& at) {
+  const std::string& argument = arguments[at];
+  const std::string typed = argument.starts_with('/') ? upper(argument) : argument;
+  for (const Option& option : kOptions) {
+    for (const std::string_view spelling : option.spellings) {
+      const bool holds_value = spelling.ends_with('=');
+      if (spelling.empty() || !(holds_value ? typed.starts_with(spelling) : typed == spelling)) continue;
+      if (const auto* flag = std::get_if<OptionFlag>(&option.field)) line.*(*flag) = true;
+      else if (holds_value) line.*std::get<OptionValue>(option.field) = argument.substr(spelling.size());
+      else if (at + 1 < arguments.size()) line.*std::get<OptionValue>(option.field) = arguments[++at];
+      else line.messages += "?Missing file after " + argument + "\n";
+      return true;
+    }
   }
   return false;
 }
@@ -75,19 +63,13 @@ bool is_unknown_option(std::string_view argument) {
 
 } // namespace
 
+std::span<const Option> command_line_options() { return kOptions; }
+
 CommandLine parse_command_line(const std::vector<std::string>& arguments) {
   CommandLine line;
-  for (std::size_t i = 0; i < arguments.size() && !line.help; ++i) {
-    const std::string& argument = arguments[i];
-    const std::string spelled = argument.starts_with('/') ? upper(argument) : argument;
-    if (argument == "-command") {
-      if (i + 1 < arguments.size()) line.command = arguments[++i];
-      else line.messages += "?Missing file after -command\n";
-    } else if (!take_flag(line, spelled) && !take_value(line, spelled, argument) &&
-               !is_unknown_option(argument)) {
-      line.files.push_back(argument);
-    }
-  }
+  for (std::size_t i = 0; i < arguments.size() && !line.help; ++i)
+    if (!take_option(line, arguments, i) && !is_unknown_option(arguments[i]))
+      line.files.push_back(arguments[i]);
   return line;
 }
 

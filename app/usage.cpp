@@ -1,11 +1,30 @@
 #include "app/usage.h"
 
+#include <string_view>
 #include <unistd.h>
 
+#include "app/command_line.h"
 #include "app/console.h"
 #include "app/version.h"
 
 namespace zan {
+
+namespace {
+
+// "  -output=file         Write ...": the dash forms, and the meaning in a column of its own.
+std::string usage_line(const Option& option) {
+  constexpr std::size_t kMeaningColumn = 23;
+  if (option.meaning.empty()) return "";
+  std::string text;
+  for (const std::string_view spelling : option.spellings)
+    if (spelling.starts_with('-')) text.append(text.empty() ? "  " : ", ").append(spelling);
+  if (!option.value.empty() && !text.ends_with('=')) text += ' ';
+  text += option.value;
+  text.resize(kMeaningColumn, ' ');
+  return text.append(option.meaning) += '\n';
+}
+
+} // namespace
 
 std::string usage_text(const std::string& program) {
   const std::string version = zan_version_string();
@@ -14,15 +33,9 @@ std::string usage_text(const std::string& program) {
   text += "OpenVMS ZAN-compatible editor (" + version + ").\n\n";
   text += "Arguments:\n"
           "  file [file2 ...]     File(s) to edit. NEXT / PREVIOUS walk the list.\n\n"
-          "Options:\n"
-          "  -command file        Replay line-mode commands from file after ZAN.INI\n"
-          "  -command=file        Same as -command file\n"
-          "  -output=file         Write MAIN to file on EXIT (/OUTPUT=file)\n"
-          "  -readonly            Disallow mutating commands (/READ_ONLY)\n"
-          "  -recover             Replay journal if present (/RECOVER)\n"
-          "  -journal=path        Journal file path (/JOURNAL=path); host text journal\n"
-          "  -d, -k               Debug: show last key's name + code on the status line\n\n"
-          "Environment:\n"
+          "Options:\n";
+  for (const Option& option : command_line_options()) text += usage_line(option);
+  text += "\nEnvironment:\n"
           "  ZAN_INI              Startup command file (else $HOME/ZAN.INI, zan.ini)\n"
           "  ZAN_VMS_VERSIONS     If set/non-0, enable ;n sibling versioning on save\n"
           "  KR_TTY               Redirect stdin/stdout/stderr to this tty (POSIX)\n"

@@ -10,7 +10,7 @@ namespace zan {
 
 namespace {
 
-constexpr std::size_t kStride = 4096;         // bytes per entry of the index
+constexpr std::size_t kStride = 1024;         // bytes per entry of the index
 constexpr std::size_t kMapFrom = 1024 * 1024; // smaller blocks come from the allocator
 constexpr std::size_t kHugePageFrom = 2 * 1024 * 1024;
 

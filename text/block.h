@@ -86,7 +86,7 @@ class Block {
   std::size_t capacity_;
   std::size_t used_ = 0;
   mutable std::vector<std::uint64_t>
-      index_; // line feeds in the first 1, 2, 3 ... strides: 1/512 of the bytes
+      index_; // line feeds in the first 1, 2, 3 ... strides: 1/128 of the bytes
 };
 
 using BlockRef = Ref<Block>;

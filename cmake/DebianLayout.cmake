@@ -1,0 +1,30 @@
+# Run by CPack on each package's files before it packs them: what Debian wants to be otherwise in its own.
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+  return()
+endif()
+set(usr ${CPACK_TEMPORARY_DIRECTORY}/usr)
+set(docs ${usr}/share/doc/zan)
+
+# Debian's zsh looks there.
+file(RENAME ${usr}/share/zsh/site-functions ${usr}/share/zsh/vendor-completions)
+
+file(STRINGS ${CMAKE_CURRENT_LIST_DIR}/../CHANGELOG.md changes)
+set(entries "")
+foreach(line IN LISTS changes)
+  if(line MATCHES "^## ([0-9.]+) \\((.+)\\)")
+    set(version ${CMAKE_MATCH_1})
+    execute_process(COMMAND date -u -R -d ${CMAKE_MATCH_2} OUTPUT_VARIABLE date OUTPUT_STRIP_TRAILING_WHITESPACE)
+    string(APPEND entries "${trailer}zan (${version}) unstable; urgency=medium\n\n")
+    set(trailer "\n -- ${CPACK_PACKAGE_CONTACT}  ${date}\n\n")
+  elseif(line MATCHES "^- (.*)")
+    string(APPEND entries "  * ${CMAKE_MATCH_1}\n")
+  elseif(line MATCHES "^  (.*)")
+    string(APPEND entries "    ${CMAKE_MATCH_1}\n")
+  endif()
+endforeach()
+file(WRITE ${docs}/changelog "${entries}${trailer}")
+file(REMOVE ${docs}/CHANGELOG.md)
+file(WRITE ${docs}/copyright "ZAN, a line and screen editor for a character terminal.\n\nCopyright 2026 the ZAN developers\n")
+
+file(GLOB compressed ${docs}/changelog ${usr}/share/man/*/*)
+execute_process(COMMAND gzip -9n ${compressed} COMMAND_ERROR_IS_FATAL ANY)
