@@ -1,5 +1,6 @@
 #include "screen/draw.h"
 
+#include <cwchar>
 #include <langinfo.h>
 
 #include "app/editor.h"
@@ -62,10 +63,14 @@ std::string status_line(const Editor& editor) {
 
 } // namespace
 
-bool terminal_shows_utf8() {
-  static const bool shows =
+CharacterWidth character_width() {
+  static const bool shows_utf8 =
       users_locale() != locale_t{} && std::string_view(nl_langinfo_l(CODESET, users_locale())) == "UTF-8";
-  return shows;
+  if (!shows_utf8) return nullptr;
+  return [](char32_t character) {
+    const ScopedLocale locale(users_locale());
+    return wcwidth(static_cast<wchar_t>(character));
+  };
 }
 
 void show_picture(const Picture& picture) {
@@ -116,7 +121,7 @@ void Editor::draw_screen() {
   if (!g_curses_active) return;
   adjust_view();
   zan::ScreenView view = zan::view_of(*this);
-  view.utf8 = zan::terminal_shows_utf8();
+  view.width = zan::character_width();
   if (const auto span = active_select_span())
     view.selection = {{span->start_row, span->start_col}, {span->end_row, span->end_col}};
   view.status = zan::status_line(*this);

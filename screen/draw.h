@@ -8,9 +8,9 @@
 // Puts things on the terminal.
 namespace zan {
 
-void blank_window();   // what is drawn next is drawn on a blank screen
-void screen_repaint(); // the next drawing sends every row anew
-bool terminal_shows_utf8();
+void blank_window();              // what is drawn next is drawn on a blank screen
+void screen_repaint();            // the next drawing sends every row anew
+CharacterWidth character_width(); // null: the terminal does not show UTF-8
 void show_picture(const Picture& picture);
 // On the lowest row, with the cursor at `column`.
 void show_bottom_row(const std::vector<Run>& runs, int column);

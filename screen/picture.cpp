@@ -18,7 +18,15 @@ class RowCells {
   void put(std::string_view glyph, bool reverse) {
     if (column_ >= columns_) return;
     if (column_ == cells_.size()) cells_.emplace_back();
+    else break_up(column_);
     cells_[column_++] = {std::string(glyph), reverse};
+  }
+  // A glyph of `wide` columns in the first of `columns`; false when so many are not left.
+  bool put_wide(std::string_view glyph, std::size_t wide, std::size_t columns, bool reverse) {
+    if (columns_ - column_ < columns) return false;
+    put(glyph, reverse);
+    for (std::size_t i = 1; i < columns; ++i) put(i < wide ? "" : " ", reverse);
+    return true;
   }
   void put_each(std::string_view glyphs, bool reverse) {
     for (const char& c : glyphs) put({&c, 1}, reverse);
@@ -40,10 +48,26 @@ class RowCells {
   }
 
  private:
+  // What is overwritten in part is gone as a whole. A cell without text continues the glyph before it.
+  void break_up(std::size_t column) {
+    while (column > 0 && cells_[column].text.empty()) --column;
+    do cells_[column++].text = " ";
+    while (column < cells_.size() && cells_[column].text.empty());
+  }
+
   std::size_t columns_;
   std::size_t column_ = 0;
   std::vector<Run> cells_;
 };
+
+void put_byte(RowCells& cells, char c, bool utf8, bool reverse) {
+  if (c >= ' ' && c <= '~') cells.put({&c, 1}, reverse);
+  else if (c == '\t') cells.tab(reverse);
+  else if (c == '\r') cells.to_start();
+  else if (c == '\b') cells.back();
+  else if (utf8 && to_byte(c) >= 128) cells.put("?", reverse);
+  else cells.put_each(visible_byte(c), reverse);
+}
 
 // Text of one column a byte, most of what is ever shown, needs no look at each column.
 std::vector<Run> ascii_runs(std::string_view text, std::size_t reverse_begin, std::size_t reverse_end) {
@@ -94,12 +118,24 @@ std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row, std::uint6
     shown += view.text.slice(start + skipped, start + last).get();
   }
   return display_runs(shown, column(begin), end > begin ? column(end) : column(begin), view.columns,
-                      view.utf8);
+                      view.width);
 }
 
+// A text of the program's own, in which characters stand side by side.
 std::vector<Run> plain_runs(const ScreenView& view, std::string_view text) {
-  return display_runs(text.substr(0, static_cast<std::size_t>(std::max(view.columns, 0))), 0, 0, view.columns,
-                      view.utf8);
+  RowCells cells(view.columns);
+  while (!text.empty()) {
+    const auto [code, length] = view.width != nullptr ? utf8_character(text) : Utf8Character{};
+    const int wide = length > 0 ? view.width(code) : 0;
+    const auto columns = static_cast<std::size_t>(std::max(wide, 0));
+    if (wide > 0 && cells.put_wide(text.substr(0, length), columns, columns, false)) {
+      text.remove_prefix(length);
+    } else {
+      put_byte(cells, text.front(), view.width != nullptr, false);
+      text.remove_prefix(1);
+    }
+  }
+  return cells.runs();
 }
 
 // The rows, counted from 0, between which the cursor stays.
@@ -178,23 +214,24 @@ Picture make_picture(const ScreenView& view) {
 }
 
 std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
-                              int columns, bool utf8) {
+                              int columns, CharacterWidth width) {
   if (std::ranges::all_of(bytes, [](char c) { return c >= ' ' && c <= '~'; })) {
     bytes = bytes.substr(0, static_cast<std::size_t>(std::max(columns, 0)));
     return ascii_runs(bytes, reverse_begin, reverse_end);
   }
+  const auto reversed = [&](std::size_t i) { return i >= reverse_begin && i < reverse_end; };
   RowCells cells(columns);
   for (std::size_t i = 0; i < bytes.size();) {
-    const bool reverse = i >= reverse_begin && i < reverse_end;
-    const char c = bytes[i];
-    const std::size_t wide = utf8 ? utf8_length(bytes.substr(i)) : 0;
-    if (c >= ' ' && c <= '~') cells.put({&c, 1}, reverse);
-    else if (wide > 0) cells.put(bytes.substr(i, wide), reverse);
-    else if (c == '\t') cells.tab(reverse);
-    else if (c == '\r') cells.to_start();
-    else if (c == '\b') cells.back();
-    else cells.put_each(visible_byte(c), reverse);
-    i += std::max<std::size_t>(wide, 1);
+    const auto [code, length] = width != nullptr ? utf8_character(bytes.substr(i)) : Utf8Character{};
+    const int wide = length > 0 && reversed(i) == reversed(i + length - 1) ? width(code) : 0;
+    const bool whole = wide > 0 && cells.put_wide(bytes.substr(i, length), static_cast<std::size_t>(wide),
+                                                  length, reversed(i));
+    if (whole) {
+      i += length;
+      continue;
+    }
+    for (const std::size_t end = i + std::max<std::size_t>(length, 1); i < end; ++i)
+      put_byte(cells, bytes[i], width != nullptr, reversed(i));
   }
   return cells.runs();
 }
@@ -208,20 +245,21 @@ std::string visible_byte(char c) {
   return {'M', '-', low};
 }
 
-std::size_t utf8_length(std::string_view bytes) {
-  if (bytes.empty()) return 0;
+Utf8Character utf8_character(std::string_view bytes) {
+  if (bytes.empty()) return {};
   const unsigned first = to_byte(bytes[0]);
   const std::size_t length = first >= 0xf0 ? 4 : first >= 0xe0 ? 3 : 2;
-  if (first < 0xc2 || first > 0xf4 || bytes.size() < length) return 0;
-  unsigned code = first & (0xffU >> (length + 1));
+  if (first < 0xc2 || first > 0xf4 || bytes.size() < length) return {};
+  char32_t code = first & (0xffU >> (length + 1));
   for (std::size_t i = 1; i < length; ++i) {
     const unsigned next = to_byte(bytes[i]);
-    if ((next & 0xc0U) != 0x80) return 0;
+    if ((next & 0xc0U) != 0x80) return {};
     code = code << 6 | (next & 0x3fU);
   }
   const bool too_long = (length == 3 && code < 0x800) || (length == 4 && code < 0x10000);
   const bool surrogate = code >= 0xd800 && code <= 0xdfff;
-  return too_long || surrogate || code < 0xa0 || code > 0x10ffff ? 0 : length;
+  return too_long || surrogate || code < 0xa0 || code > 0x10ffff ? Utf8Character{}
+                                                                 : Utf8Character{code, length};
 }
 
 } // namespace zan

@@ -11,8 +11,12 @@
 // The screen as a value: what stands on every row of the terminal, and where the cursor is.
 namespace zan {
 
+// Columns of a character on the terminal: 1 or 2, less when it has none of its own. Null: the terminal shows
+// ASCII only.
+using CharacterWidth = int (*)(char32_t character);
+
 struct Run {
-  std::string text; // printable characters only, each one column wide
+  std::string text; // printable characters only
   bool reverse = false;
   bool operator==(const Run&) const = default;
 };
@@ -53,7 +57,7 @@ struct ScreenView {
   int bottom_margin = 0;
   bool line_numbers = false;
   bool truncate = false; // never scroll sideways
-  bool utf8 = false;     // the terminal shows UTF-8
+  CharacterWidth width = nullptr;
   std::optional<Selection> selection;
   std::string status;
   std::string message;
@@ -69,13 +73,21 @@ Picture make_picture(const ScreenView& view);
 
 // `bytes` as they appear from column 0 of a row of `columns`, with bytes reverse_begin to reverse_end in
 // reverse video: a tab moves to the next multiple of eight, a carriage return to the start of the row and a
-// backspace one back, other control bytes become ^X and what is not UTF-8 becomes M-X or ~X.
+// backspace one back, other control bytes become ^X.
+// A UTF-8 character takes as many columns as it has bytes, blank where it is narrower, so that a byte of the
+// text has its column. Where it cannot be shown as a whole (cut by an edge or by the reversed part, no column
+// of its own, not UTF-8), each of its bytes is a "?". On a terminal of ASCII they become M-X or ~X.
 std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
-                              int columns, bool utf8);
+                              int columns, CharacterWidth width);
 
 // The printable form of a byte that has none of its own: ^X, ~X or M-X.
 std::string visible_byte(char c);
-// Length of the UTF-8 character at the start of `bytes`, 0 when there is none or it is a control character.
-std::size_t utf8_length(std::string_view bytes);
+// The UTF-8 character of several bytes at the start of `bytes`; its length is 0 when there is none or it is a
+// control character.
+struct Utf8Character {
+  char32_t code = 0;
+  std::size_t length = 0;
+};
+Utf8Character utf8_character(std::string_view bytes);
 
 } // namespace zan

@@ -20,7 +20,7 @@ class PromptEditor {
 
   // The prompt and the answer on a row of `columns`, the last column left to the cursor: the tail when not
   // all of it fits. Control bytes appear as ^X, so each row shows what was typed.
-  std::vector<Run> shown(std::string_view prompt, int columns, bool utf8) const;
+  std::vector<Run> shown(std::string_view prompt, int columns, CharacterWidth width) const;
 
  private:
   void delete_last();

@@ -9,7 +9,7 @@
 namespace {
 
 void show_prompt(const zan::PromptEditor& line, std::string_view prompt) {
-  const auto runs = line.shown(prompt, zan::screen_size().columns, zan::terminal_shows_utf8());
+  const auto runs = line.shown(prompt, zan::screen_size().columns, zan::character_width());
   zan::show_bottom_row(runs, static_cast<int>(runs.size()));
 }
 

@@ -22,6 +22,11 @@ std::vector<std::string> rows_of(const ScreenView& view) {
   return rows;
 }
 
+int width_of(char32_t character) {
+  if (character == 0x301) return 0;
+  return character >= 0x1100 ? 2 : 1;
+}
+
 } // namespace
 
 TEST(Picture, BytesOnARow) {
@@ -40,13 +45,21 @@ TEST(Picture, BytesOnARow) {
       {std::string("\0\x1b\x7f\n", 4), 0, 0, 20, "^@^[^?^J"},
       {"\f\f\f", 0, 0, 5, "^L^L^"},
       {"abc\rX\b\b\bYZ", 0, 0, 20, "YZc"},
-      {"caf\xc3\xa9!", 0, 0, 20, "caf\xc3\xa9!"},
-      {"\xe9\x80\xff", 0, 0, 20, "M-i~@~?"},
-      {"\xc2\x85|\xed\xa0\x80", 0, 0, 20, "M-B~E|M-mM- ~@"},
+      {"caf\xc3\xa9!", 0, 0, 20, "caf\xc3\xa9 !"},
+      {"\xe4\xb8\xad|\xf0\x9f\x99\x82|", 0, 0, 20, "\xe4\xb8\xad |\xf0\x9f\x99\x82  |"},
+      {"\xe4\xb8\xad", 0, 0, 2, "??"},           // cut by the edge
+      {"a\xc3\xa9z", 0, 2, 20, "{a?}?z"},        // by the end of the selection
+      {"a\xc3\xa9z", 1, 3, 20, "a{\xc3\xa9 }z"}, // selected as a whole
+      {"e\xcc\x81", 0, 0, 20, "e??"},            // combining
+      {"\xe4\xb8\xad\rab", 0, 0, 20, "ab "},     // overwritten
+      {"\xe4\xb8\xad\b\b.", 0, 0, 20, " . "},    // in its second half
+      {"\xe9\x80\xff", 0, 0, 20, "???"},
+      {"\xc2\x85|\xed\xa0\x80", 0, 0, 20, "??|???"},
       {"x", 0, 0, 0, ""},
   };
   for (const auto& [bytes, begin, end, columns, shown] : cases)
-    EXPECT_EQ(text_of(zan::display_runs(bytes, begin, end, columns, true)), shown) << bytes;
+    EXPECT_EQ(text_of(zan::display_runs(bytes, begin, end, columns, width_of)), shown) << bytes;
+  EXPECT_EQ(text_of(zan::display_runs("\xe9\x80\xff|\xc2\x85", 0, 0, 20, nullptr)), "M-i~@~?|M-B~E");
 }
 
 TEST(Picture, CornerFollowsTheCursor) {
@@ -140,5 +153,5 @@ TEST(Prompt, KeysMakeAnAnswer) {
   for (int i = 0; i < 511; ++i) EXPECT_EQ(line.take('0' + i % 10), Outcome::going);
   EXPECT_EQ(line.take('x'), Outcome::refused);
   EXPECT_EQ(line.answer().size(), 511U);
-  EXPECT_EQ(text_of(line.shown("Command: ", 20, true)), "2345678901234567890");
+  EXPECT_EQ(text_of(line.shown("Command: ", 20, width_of)), "2345678901234567890");
 }
