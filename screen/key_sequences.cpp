@@ -88,6 +88,9 @@ void ignore_other_keys() {
   for (int modifier = 2; modifier <= 16; ++modifier)
     for (const char last : std::string("ABCDEFHPQRS")) ignore("\033[1;" + std::to_string(modifier) + last);
   for (const char last : std::string("EI abcd")) ignore(std::string("\033O") + last);
+  for (int modifier = 2; modifier <= 16; ++modifier)
+    for (char last = 'A'; last <= 'y'; ++last)
+      if (last <= 'Z' || last >= 'j') ignore("\033O" + std::to_string(modifier) + last);
   for (const char last : std::string("EGLabcd")) ignore(std::string("\033[") + last);
   ignore("\033[[E");
 }

@@ -1,0 +1,130 @@
+#!/usr/bin/env python3
+"""The startup files that are installed: no command of them is refused, and laptop.ini's letters are the keypad.
+
+    tests/startup/startup_test.py ZAN
+"""
+
+import glob
+import os
+import pty
+import re
+import select
+import subprocess
+import sys
+import tempfile
+import time
+
+SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "share", "startup")
+PATIENCE = 60  # seconds
+TEXT = "".join(f"alpha beta, Gamma {number}\n" for number in range(1, 41))
+
+GOLD = b"\033OP"
+RIGHT = b"\033OC"
+KP = {name: b"\033O" + code for name, code in zip("0123456789-,.", (bytes([c]) for c in b"pqrstuvwxymln"))}
+ENTER = b"\033OM"
+CUT_A_WORD = KP["."] + KP["1"] + KP["6"]
+
+# letter after GOLD, the pad's keys, keys before both
+LETTERS = [
+    ("A", KP["4"], KP["1"] + KP["5"]),
+    ("B", KP["5"], KP["1"]),
+    ("C", KP["3"], b""),
+    ("W", KP["1"], b""),
+    ("L", KP["0"], RIGHT),
+    ("E", KP["2"], RIGHT),
+    ("G", KP["7"], RIGHT),
+    ("J", KP["8"], KP["0"]),
+    ("T", GOLD + KP["5"], KP["8"]),
+    ("Z", GOLD + KP["4"], b""),
+    ("S", KP["."], RIGHT),
+    ("X", KP["6"], KP["."] + KP["1"]),
+    ("V", GOLD + KP["6"], CUT_A_WORD),
+    ("P", KP["9"], CUT_A_WORD + KP["."] + RIGHT),
+    ("R", GOLD + KP["9"], CUT_A_WORD + KP["."] + KP["1"]),
+    ("Y", GOLD + KP["."], KP["."] + KP["1"]),
+    ("H", KP[","], RIGHT),
+    ("O", GOLD + KP[","], KP[","] + KP["0"]),
+    ("I", KP["-"], RIGHT),
+    ("U", GOLD + KP["-"], KP["-"] + KP["0"]),
+    ("D", GOLD + KP["2"], KP["1"]),
+    ("F", GOLD + KP["8"], KP["."] + KP["0"] * 3),
+    ("K", GOLD + KP["1"], b""),
+    ("M", GOLD + ENTER, CUT_A_WORD + GOLD + b"\033ORbeta\r" + b"\033OR"),
+]
+# What the keys have done is read off the text: marks at the cursor and a step on, and what is selected or was cut.
+AFTER = b"@" + KP["1"] + b"<" + KP["6"] + b">" + GOLD + KP["6"]
+
+
+def read_text(path):
+    with open(path, encoding="utf-8") as file:
+        return file.read()
+
+
+def run(zan, folder, *arguments, commands=""):
+    environment = {"TERM": "xterm", "HOME": folder, "ZAN_INI": "", "PATH": "/usr/bin:/bin"}
+    return subprocess.run([zan, *arguments], cwd=folder, input=commands, capture_output=True, text=True,
+                          timeout=PATIENCE, env=environment, check=True)
+
+
+def edited(zan, keys):
+    """The text after the keys on the screen, with laptop.ini."""
+    with tempfile.TemporaryDirectory() as folder:
+        path = os.path.join(folder, "text.txt")
+        with open(path, "w", encoding="utf-8") as file:
+            file.write(TEXT)
+        child, master = pty.fork()
+        if child == 0:
+            os.execve(zan, [zan, path], {"TERM": "xterm", "HOME": folder,
+                                         "ZAN_INI": os.path.join(SAMPLES, "laptop.ini")})
+        # What is waited for, and what is typed then.
+        steps = [(b"\n*", b"CHANGE\r"), (b"EDIT[", keys + b"\032"), (b"\033>*", b"EXIT\r"), (b" lines", b"")]
+        for sight, typed in steps:
+            seen, until = b"", time.monotonic() + PATIENCE
+            while sight not in seen:
+                if not select.select([master], [], [], max(0, until - time.monotonic()))[0]:
+                    sys.exit(f"{keys!r}: no {sight!r} after {seen!r}")
+                seen += os.read(master, 65536)
+            os.write(master, typed)
+        os.waitpid(child, 0)
+        os.close(master)
+        return read_text(path)
+
+
+def check_no_refusal(zan, sample):
+    with tempfile.TemporaryDirectory() as folder:
+        with open(os.path.join(folder, "text.txt"), "w", encoding="utf-8") as file:
+            file.write("\tteh end\n")
+        done = run(zan, folder, "text.txt", "-command", sample, commands="QUIT\n")
+        if done.stderr or re.search(r"^\**\?", done.stdout, re.M):
+            sys.exit(f"{sample} is refused: {done.stderr}{done.stdout}")
+        if sample.endswith("tidy.zan") and read_text(os.path.join(folder, "text.txt")) != "    the end\n":
+            sys.exit("tidy.zan did not tidy")
+
+
+def check_letters(zan):
+    defined = re.findall(r"^DEFINE KEY GOLD (\w) AS", read_text(os.path.join(SAMPLES, "laptop.ini")), re.M)
+    if sorted(defined) != sorted(letter for letter, _, _ in LETTERS):
+        sys.exit(f"laptop.ini defines {defined}, which are not the letters that this test knows")
+    untouched = {}
+    for letter, pad, before in LETTERS:
+        by_pad = edited(zan, before + pad + AFTER)
+        by_letter = edited(zan, before + GOLD + letter.lower().encode() + AFTER)
+        if by_pad != by_letter:
+            sys.exit(f"GOLD {letter} is not the keypad's function:\n{by_letter}instead of\n{by_pad}")
+        if before not in untouched:
+            untouched[before] = edited(zan, before + AFTER)
+        if by_pad == untouched[before]:
+            sys.exit(f"the row of GOLD {letter} would not see that the key does nothing")
+
+
+def main():
+    zan = os.path.abspath(sys.argv[1])
+    samples = sorted(glob.glob(os.path.join(SAMPLES, "*.*")))
+    if len(samples) < 6:
+        sys.exit("samples are missing in " + SAMPLES)
+    for sample in samples:
+        check_no_refusal(zan, sample)
+    check_letters(zan)
+
+
+main()
