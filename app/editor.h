@@ -170,7 +170,6 @@ class Editor {
   void find_next_command(bool verbose);
   void type_current_line(bool brief, int width);
   void type_range(const LineRange& range, bool brief, int width);
-  void print_numbered_line(std::uint64_t row, std::string_view line, bool brief, int width);
   void delete_range(const LineRange& range);
   void insert_multiline(bool verbose);
   void find_next(Direction direction);

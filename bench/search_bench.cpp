@@ -104,6 +104,7 @@ const bool added = [] {
   add("wildcard_general", "REC%IVE*NOW", false);
   add("wildcard_common", "th*[Q]", true);
   add("wildcard_sets", "[xq][xq]", true);
+  add("wildcard_rare_set", "t*[0-9]%[!@]", true);
   add("line_near_miss", repeated("ab", 2000) + "aa" + repeated("ab", 2000), true, {}, alternating);
   add("line_of_a_stars", repeated("a*", 100) + "b", true, {}, monotone);
   add("line_of_a_rejected", "a*a", true, never_satisfied(), monotone);

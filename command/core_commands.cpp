@@ -17,6 +17,69 @@ bool ends_insert(std::string_view line) {
          line.find_first_not_of(std::string_view(" \t\x1a", 3)) == std::string_view::npos;
 }
 
+// Prints numbered lines part by part as they come, since a line may be longer than memory has room for.
+class LinePrinter {
+ public:
+  LinePrinter(Editor& editor, std::uint64_t row, bool brief, int width)
+      : editor_(editor), row_(row), limit_(brief ? static_cast<std::size_t>(width) : std::string_view::npos) {
+  }
+
+  void part(std::string_view text) {
+    begin_line();
+    for (; room_ > 0 && !text.empty(); text.remove_prefix(std::min(text.size(), kPart))) {
+      std::string_view shown = text.substr(0, kPart);
+      std::string expanded;
+      if (shown.find('\f') != std::string_view::npos)
+        shown = expanded = editor_.expand_formfeed_display(std::string(shown));
+      shown = shown.substr(0, room_);
+      room_ -= shown.size();
+      editor_.console.write(shown);
+    }
+  }
+  void end_line() {
+    begin_line();
+    editor_.console.write("\n");
+    begun_ = false;
+    ++row_;
+  }
+
+ private:
+  static constexpr std::size_t kPart = 32 * 1024;
+
+  void begin_line() {
+    if (begun_) return;
+    begun_ = true;
+    room_ = limit_;
+    editor_.console.write(std::to_string(row_ + 1));
+    editor_.console.write(" ");
+  }
+
+  Editor& editor_;
+  std::uint64_t row_;
+  std::size_t limit_; // bytes shown of a line
+  std::size_t room_ = 0;
+  bool begun_ = false;
+};
+
+// Lines first to last, which exist. False when Ctrl/C has ended it.
+bool type_lines(Editor& editor, std::uint64_t first, std::uint64_t last, bool brief, int width) {
+  const zan::LineStore& text = editor.current.lines();
+  LinePrinter printer(editor, first, brief, width);
+  zan::PieceWalker walker(text, text.line_start(first), text.line_end(last));
+  for (zan::Chunk chunk; walker.next(chunk);) {
+    while (!chunk.bytes.empty()) {
+      if (g_zan_abort_requested != 0) return false;
+      const std::size_t length = chunk.literal ? std::string_view::npos : chunk.bytes.find('\n');
+      printer.part(chunk.bytes.substr(0, length));
+      if (length == std::string_view::npos) break;
+      printer.end_line();
+      chunk.bytes.remove_prefix(length + 1);
+    }
+  }
+  if (g_zan_abort_requested == 0) printer.end_line();
+  return g_zan_abort_requested == 0;
+}
+
 } // namespace
 
 // ---- going to a line, typing lines
@@ -40,28 +103,13 @@ void Editor::type_current_line(bool brief, int width) {
     say(true, text_end, "\n");
     return;
   }
-  print_numbered_line(cursor_row, current.line(cursor_row), brief, width);
-}
-
-void Editor::print_numbered_line(std::uint64_t row, std::string_view line, bool brief, int width) {
-  std::string expanded;
-  if (line.find('\f') != std::string_view::npos) line = expanded = expand_formfeed_display(std::string(line));
-  if (brief) line = line.substr(0, static_cast<std::size_t>(width));
-  console.write(std::to_string(row + 1));
-  console.write(" ");
-  console.write(line);
-  console.write("\n");
+  type_lines(*this, cursor_row, cursor_row, brief, width);
 }
 
 void Editor::type_range(const LineRange& range, bool brief, int width) {
   const std::uint64_t last_row = current.line_count() - 1;
   const std::uint64_t last = std::min(range.last, last_row);
-  std::uint64_t row = std::min(range.first, last_row);
-  zan::LineWalker walker(current.lines(), row);
-  for (std::string_view line; row <= last && walker.next(line); ++row) {
-    if (g_zan_abort_requested != 0) return;
-    print_numbered_line(row, line, brief, width);
-  }
+  if (!type_lines(*this, std::min(range.first, last_row), last, brief, width)) return;
   if (last == last_row) say(true, text_end, "\n");
 }
 

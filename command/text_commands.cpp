@@ -11,8 +11,8 @@
 namespace {
 
 // Puts another line in place of each line of the range; the text around it is shared. Nothing changes, the
-// modified flag included, when no byte does. `edit` gets the line and its number in the range, from 0, and
-// leaves what is to stand there in its last argument, whose storage serves all lines.
+// modified flag included, when no byte does. `edit` gets the line, its number in the range, from 0, and where
+// to put what is to stand there; it returns whether that is different.
 template <typename Edit> void rewrite_lines(TextBuffer& buffer, const Editor::LineRange& range, Edit edit) {
   const zan::LineStore& text = buffer.lines();
   if (range.first > range.last) return;
@@ -21,35 +21,42 @@ template <typename Edit> void rewrite_lines(TextBuffer& buffer, const Editor::Li
   zan::LineWalker walker(text, range.first);
   bool changed = false;
   std::string_view line;
-  std::string edited;
   for (std::uint64_t i = 0; i <= range.last - range.first && walker.next(line); ++i) {
-    edit(line, i, edited);
-    changed = changed || edited != line;
     if (i > 0) rewritten.append_break();
-    rewritten.append_bytes(edited);
+    if (edit(line, i, rewritten)) changed = true;
   }
   if (!changed) return;
   rewritten.append(text, text.line_end(range.last), text.byte_count());
   buffer.replace_lines(rewritten.finish());
 }
 
-// Leading blanks and tabs as so many blanks as they fill with tab stops `width` apart.
-void put_blank_indent(std::string_view line, std::uint64_t width, std::string& edited) {
+// Leading blanks and tabs become as many blanks as they fill with tab stops `width` apart, which may be more
+// than memory has room for side by side.
+bool put_blank_indent(std::string_view line, std::uint64_t width, zan::LineStoreBuilder& out) {
+  constexpr std::uint64_t kFew = 4096;
   std::uint64_t column = 0;
+  bool changed = false;
   std::size_t used = 0;
-  for (; used < line.size() && (line[used] == ' ' || line[used] == '\t'); ++used)
+  for (; used < line.size() && (line[used] == ' ' || line[used] == '\t'); ++used) {
+    changed = changed || line[used] == '\t';
     column = line[used] == ' ' ? column + 1 : (column / width + 1) * width;
-  edited.assign(static_cast<std::size_t>(column), ' ').append(line.substr(used));
+  }
+  if (!changed) used = 0;
+  else if (column > kFew) out.append(zan::LineStore::blanks(column));
+  else out.append_bytes(std::string(static_cast<std::size_t>(column), ' '));
+  out.append_bytes(line.substr(used));
+  return changed;
 }
 
 // A sequence number in the first eight columns: put before a shorter line, over the start of a longer one.
-void put_sequence_number(std::string_view line, int number, std::string& edited) {
+bool put_sequence_number(std::string_view line, int number, zan::LineStoreBuilder& out) {
   constexpr std::size_t kField = 8;
-  char field[24] = "";
-  std::snprintf(field, sizeof field, "%05d.00", number);
-  edited.assign(field);
-  edited.resize(kField, ' ');
-  edited.append(line.size() < kField ? line : line.substr(kField));
+  char text[24] = "";
+  std::snprintf(text, sizeof text, "%05d.00", number); // at least eight bytes
+  const std::string_view field(text, kField);
+  out.append_bytes(field);
+  out.append_bytes(line.size() < kField ? line : line.substr(kField));
+  return line.size() < kField || !line.starts_with(field);
 }
 
 // start + index * step in 32 bits, wrapping round.
@@ -118,8 +125,8 @@ void Editor::tab_adjust_command(const std::string& arg, bool verbose) {
   const auto range = range_or_cursor_line(arg, verbose);
   if (!range) return;
   const std::uint64_t width = tab_width >= 1 ? static_cast<std::uint64_t>(tab_width) : 8;
-  rewrite_lines(current, *range, [&](std::string_view line, std::uint64_t, std::string& edited) {
-    put_blank_indent(line, width, edited);
+  rewrite_lines(current, *range, [&](std::string_view line, std::uint64_t, auto& out) {
+    return put_blank_indent(line, width, out);
   });
   const std::uint64_t count = range->last + 1 - std::min(range->first, range->last + 1);
   say(verbose, "Tab adjust ", many(count, "line", count > 1), "\n");
@@ -132,8 +139,8 @@ void Editor::resequence_command(const std::string&, const Qualifiers& quals, boo
   if (step <= 0) step = 100;
   if (quals.duplicate) step = 0;
   rewrite_lines(current, {0, current.line_count() - 1},
-                [&](std::string_view line, std::uint64_t i, std::string& edited) {
-                  put_sequence_number(line, sequence_number(start, step, i), edited);
+                [&](std::string_view line, std::uint64_t i, auto& out) {
+                  return put_sequence_number(line, sequence_number(start, step, i), out);
                 });
   status_message = "Lines renumbered";
   say(verbose, "Lines renumbered\n");
@@ -159,10 +166,14 @@ void Editor::xlate_command(const std::string& arg, bool verbose) {
   const auto range = range_or_cursor_line(trim(rest), verbose);
   if (!range) return;
   std::uint64_t count = 0;
-  rewrite_lines(current, *range, [&](std::string_view line, std::uint64_t, std::string& edited) {
-    count += static_cast<std::uint64_t>(std::ranges::count(line, from));
+  std::string edited;
+  rewrite_lines(current, *range, [&](std::string_view line, std::uint64_t, auto& out) {
+    const auto found = static_cast<std::uint64_t>(std::ranges::count(line, from));
+    count += found;
     edited.assign(line);
     std::ranges::replace(edited, from, to);
+    out.append_bytes(edited);
+    return found > 0 && from != to;
   });
   say(verbose, many(count, "character", count != 1), " translated\n");
 }

@@ -28,14 +28,6 @@ std::vector<std::uint64_t> wrap_columns(const zan::LineStore& text, std::uint64_
   return columns;
 }
 
-// `count` blanks. Many of them share their bytes, since a tab stop may be two billion columns away.
-Editor::Text blanks(std::uint64_t count) {
-  constexpr std::uint64_t kOwnBytes = 65536;
-  auto text = Editor::Text::from_line(std::string(static_cast<std::size_t>(std::min(count, kOwnBytes)), ' '));
-  while (text.byte_count() < count) text.insert(0, text.substore(0, count - text.byte_count()));
-  return text;
-}
-
 } // namespace
 
 Editor::Text Editor::apply_case_mode(const Text& text) const {
@@ -79,7 +71,7 @@ void Editor::insert_tab_stop() {
   const std::uint64_t next = (cursor_col / width + 1) * width;
   std::uint64_t col = cursor_col;
   std::uint64_t row = cursor_row;
-  current.insert_text(row, col, blanks(next - cursor_col));
+  current.insert_text(row, col, Text::blanks(next - cursor_col));
   cursor_col = next;
 }
 

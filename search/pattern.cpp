@@ -44,12 +44,25 @@ Pattern::Pattern(std::string_view source, bool exact, Reading reading)
     prepare(segment);
     require(segment.run);
   }
+  require_sets();
 }
 
 void Pattern::require(const Substring& bytes) {
   const bool line_feed = bytes.bytes().find('\n') != kNone;
   requires_line_feed_ = requires_line_feed_ || line_feed;
-  if (!line_feed && bytes.size() > required_.size()) required_ = bytes;
+  if (line_feed || bytes.empty()) return;
+  if (required_.empty() || bytes.commonness() < required_.commonness()) required_ = bytes;
+}
+
+// A set of two bytes is looked for like a byte, and may be rarer than all bytes of the pattern.
+void Pattern::require_sets() {
+  for (const std::bitset<256>& set : sets_) {
+    if (set.count() == 0 || set.count() > 2) continue;
+    std::string members;
+    for (unsigned byte = 0; byte < set.size(); ++byte)
+      if (set[byte]) members += static_cast<char>(static_cast<unsigned char>(byte));
+    if (members.find('\n') == kNone) require(Substring::either(members.front(), members.back(), exact_));
+  }
 }
 
 void Pattern::compile(std::string_view source) {

@@ -33,8 +33,8 @@ class Pattern {
   bool is_wildcard() const { return wildcard_; }
   bool is_anchored() const { return anchored_; }    // a leading ^: column 0 only
   const Substring& plain() const { return plain_; } // of a plain string; otherwise empty
-  // Bytes that stand in every match, the more the better; empty when there are none, or a line feed is among
-  // them.
+  // What stands in every match and is rare in ordinary text; empty when there is nothing, or a line feed is
+  // in it.
   const Substring& required() const { return required_; }
   bool requires_line_feed() const { return requires_line_feed_; } // one stands in every match
 
@@ -73,6 +73,7 @@ class Pattern {
   void prepare(Segment& segment) const;
   std::size_t find_run(Segment& segment) const;
   void require(const Substring& bytes);
+  void require_sets();
   bool takes(const Element& element, char c) const;
   bool fits(const Segment& segment, std::string_view line, std::size_t at) const;
   std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from) const;

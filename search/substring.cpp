@@ -95,6 +95,19 @@ Substring::Substring(std::string_view needle, bool exact) : bytes_(needle), exac
   backward_ = borders(size(), [&](std::size_t i) { return bytes_[size() - 1 - i]; });
 }
 
+Substring Substring::either(char a, char b, bool exact) {
+  Substring choice({&a, 1}, exact);
+  choice.second_ = Substring({&b, 1}, exact).first_;
+  choice.either_ = true;
+  return choice;
+}
+
+unsigned Substring::commonness() const {
+  const unsigned first = kFrequency[first_.byte];
+  if (either_) return std::max<unsigned>(first, kFrequency[second_.byte]);
+  return first / static_cast<unsigned>(std::clamp<std::size_t>(size(), 1, 4));
+}
+
 Substring::Probe Substring::probe_at(std::size_t at) const {
   const unsigned char byte = to_byte(bytes_[at]);
   // Setting this bit makes a small letter of a capital, and nothing else a letter.
@@ -104,6 +117,7 @@ Substring::Probe Substring::probe_at(std::size_t at) const {
 
 // Counts the bytes it compares in `work`.
 bool Substring::matches(const char* text, std::size_t& work) const {
+  if (either_) return true; // the probes see all of it
   std::size_t i = 0;
   if (exact_) {
     while (i < size() && text[i] == bytes_[i]) ++i;
@@ -118,14 +132,15 @@ bool Substring::worth_automaton(std::size_t work, std::size_t passed) const {
   return !forward_.empty() && work > 8 * passed + 4 * size();
 }
 
-// Bit i is set when an occurrence may start at text + i: the two probes match. At most 64 places, after each
-// of which the whole needle has room.
+// Bit i is set when an occurrence may start at text + i: the two probes match, or either. At most 64 places,
+// after each of which the whole needle has room.
 std::uint64_t Substring::places(const char* text, std::size_t count) const {
   const Bytes16 byte1 = Bytes16{} + first_.byte, fold1 = Bytes16{} + first_.fold;
   const Bytes16 byte2 = Bytes16{} + second_.byte, fold2 = Bytes16{} + second_.fold;
   const auto lanes = [&](std::size_t i) {
     const Bytes16 text1 = load(text + i + first_.at) | fold1, text2 = load(text + i + second_.at) | fold2;
-    return reinterpret_cast<Bytes16>((text1 == byte1) & (text2 == byte2));
+    return reinterpret_cast<Bytes16>(either_ ? (text1 == byte1) | (text2 == byte2)
+                                             : (text1 == byte1) & (text2 == byte2));
   };
   if (count == kPlaces) {
     const Bytes16 a = lanes(0), b = lanes(16), c = lanes(32), d = lanes(48);
@@ -136,9 +151,9 @@ std::uint64_t Substring::places(const char* text, std::size_t count) const {
   std::size_t i = 0;
   for (; i + 16 <= count; i += 16) found |= bits_of(lanes(i)) << i;
   for (; i < count; ++i) {
-    const bool fits = (to_byte(text[i + first_.at]) | first_.fold) == first_.byte &&
-                      (to_byte(text[i + second_.at]) | second_.fold) == second_.byte;
-    found |= std::uint64_t{fits} << i;
+    const bool fits1 = (to_byte(text[i + first_.at]) | first_.fold) == first_.byte;
+    const bool fits2 = (to_byte(text[i + second_.at]) | second_.fold) == second_.byte;
+    found |= std::uint64_t{either_ ? fits1 || fits2 : fits1 && fits2} << i;
   }
   return found;
 }

@@ -22,10 +22,14 @@ class Substring {
 
   Substring() = default; // empty: found everywhere
   Substring(std::string_view needle, bool exact);
+  static Substring either(char a, char b, bool exact); // of one byte, which is one of the two
 
   std::size_t size() const { return bytes_.size(); }
   bool empty() const { return bytes_.empty(); }
   std::string_view bytes() const { return bytes_; } // in lower case, unless exact
+
+  // How often it may be found in ordinary text, from 0 for the rarest; for a choice of what to look for.
+  unsigned commonness() const;
 
   // First occurrence that starts at or after `from`; npos when there is none.
   std::size_t find(std::string_view text, std::size_t from) const;
@@ -50,6 +54,7 @@ class Substring {
 
   std::string bytes_;
   bool exact_ = true;
+  bool either_ = false; // what one of the probes finds is found; otherwise both must
   Probe first_, second_;
   Borders forward_, backward_; // of the needle and of the reversed one; empty for a short needle
 };

@@ -75,6 +75,13 @@ LineStore LineStore::copy_of(std::string_view bytes, bool literal) {
 LineStore LineStore::from_text(std::string_view text) { return copy_of(text, false); }
 LineStore LineStore::from_line(std::string_view line) { return copy_of(line, holds(line, '\n')); }
 
+LineStore LineStore::blanks(std::uint64_t count) {
+  constexpr std::uint64_t kOwnBytes = 65536;
+  LineStore text = from_line(std::string(static_cast<std::size_t>(std::min(count, kOwnBytes)), ' '));
+  while (text.byte_count() < count) text.insert(0, text.substore(0, count - text.byte_count()));
+  return text;
+}
+
 // ---- places
 
 std::uint64_t LineStore::line_count() const { return breaks_of(root_) + 1; }

@@ -50,6 +50,8 @@ class LineStore {
   LineStore() = default;                             // one empty line
   static LineStore from_text(std::string_view text); // copies; each line feed of `text` ends a line
   static LineStore from_line(std::string_view line); // copies; one line, line feeds stay inside it
+  static LineStore
+  blanks(std::uint64_t count); // one line; many blanks share their bytes: O(log count) memory
 
   std::uint64_t line_count() const;                // at least 1
   std::uint64_t byte_count() const;                // breaks included

@@ -113,8 +113,8 @@ TEST(TextSearch, ConstraintsAndEdges) {
 
 TEST(TextSearch, AgreesWithTheSearchOfEachLine) {
   std::mt19937 random(5);
-  const char* patterns[] = {"a",   "ab",    "aab", "abab.a", "A",  "bAa ", "a*b",
-                            "a%.", "[ab] ", "$",   "*",      "^a", "a\nb"};
+  const char* patterns[] = {"a",   "ab",    "aab",    "abab.a", "A", "bAa ", "a*b",
+                            "a%.", "[ab] ", "b*[A.]", "$",      "*", "^a",   "a\nb"};
   for (int round = 0; round < 4; ++round) {
     const LineStore text = in_pieces(random);
     for (const char* source : patterns) {
