@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "app/abort.h"
+#include "app/signals.h"
 
 namespace zan {
 
@@ -27,7 +28,7 @@ std::size_t safe_chunk() {
 bool write_fully(int descriptor, std::string_view text) {
   while (!text.empty()) {
     const ssize_t count = ::write(descriptor, text.data(), text.size());
-    if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EINTR && g_zan_pending_signal == 0) continue;
     if (count <= 0) return false;
     text.remove_prefix(static_cast<std::size_t>(count));
   }
@@ -36,6 +37,7 @@ bool write_fully(int descriptor, std::string_view text) {
 
 void Console::write(std::string_view text) {
   if (output_.size() + text.size() > kOutputBlock) flush();
+  if (g_zan_pending_signal != 0) return;
   if (text.size() >= kOutputBlock) {
     write_fully(STDOUT_FILENO, text);
     return;
@@ -45,12 +47,11 @@ void Console::write(std::string_view text) {
 
 void Console::write_error(std::string_view text) {
   flush();
-  write_fully(STDERR_FILENO, text);
+  if (g_zan_pending_signal == 0) write_fully(STDERR_FILENO, text);
 }
 
 void Console::flush() {
-  if (output_.empty()) return;
-  write_fully(STDOUT_FILENO, output_);
+  if (!output_.empty() && g_zan_pending_signal == 0) write_fully(STDOUT_FILENO, output_);
   output_.clear();
 }
 
@@ -75,13 +76,19 @@ bool Console::fill() {
   if (chunk_ == 0) chunk_ = safe_chunk();
   input_used_ = 0;
   input_.resize(chunk_);
-  for (;;) {
-    const ssize_t count = ::read(STDIN_FILENO, input_.data(), chunk_);
-    if (count < 0 && errno == EINTR && g_zan_abort_requested == 0) continue;
-    input_.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
-    return count > 0;
-  }
+  ssize_t count = 0;
+  do {
+    if (g_zan_pending_signal != 0) break;
+    count = ::read(STDIN_FILENO, input_.data(), chunk_);
+  } while (count < 0 && errno == EINTR && g_zan_abort_requested == 0);
+  failed_ = count < 0 && errno != EINTR;
+  input_.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
+  return count > 0;
 }
+
+bool Console::is_terminal() { return isatty(STDIN_FILENO) != 0; }
+
+bool Console::lost_terminal() const { return was_terminal_ && (failed_ || !is_terminal()); }
 
 void Console::release_input() {
   const std::size_t unread = input_.size() - input_used_;

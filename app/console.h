@@ -8,7 +8,8 @@ namespace zan {
 
 // The three standard streams as line mode uses them. Output is gathered into large blocks; it reaches the
 // terminal before every wait for input, before anything is said on standard error, and on flush(). Nothing is
-// reported when a stream cannot be written: an editor must not die of a closed pipe.
+// reported when a stream cannot be written: an editor must not die of a closed pipe. Once a signal has asked
+// the program to end, nothing is waited for any more: what is written is dropped, and no input comes.
 class Console {
  public:
   Console() = default;
@@ -28,17 +29,23 @@ class Console {
   void release_input();
   std::string take_input();              // gives back, and hands out what cannot be given back
   void put_back(std::string_view bytes); // to be read first
+  // For the end of input: standard input was a terminal at the start, and it has gone or fails.
+  bool lost_terminal() const;
 
  private:
+  static bool is_terminal(); // standard input
   bool fill();
 
   std::string output_;
   std::string input_;
   std::size_t input_used_ = 0;
   std::size_t chunk_ = 0; // bytes to ask for at once: 0 until the kind of the input is known
+  bool was_terminal_ = is_terminal();
+  bool failed_ = false; // the last read
 };
 
-// Writes all of `text` to a descriptor, going on after interrupts and short writes. False on an error.
+// Writes all of `text` to a descriptor, going on after interrupts and short writes. False on an error, and
+// when it would have to wait although a signal asks the program to end.
 bool write_fully(int descriptor, std::string_view text);
 
 } // namespace zan

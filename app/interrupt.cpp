@@ -1,7 +1,18 @@
 #include "app/editor.h"
+#include "app/signals.h"
+
+namespace {
+
+// A signal that asks the program to end goes on stopping whatever runs.
+void forget_abort() {
+  g_zan_abort_requested = 0;
+  if (g_zan_pending_signal != 0) g_zan_abort_requested = 1;
+}
+
+} // namespace
 
 Editor::AbortGuard::AbortGuard() {
-  g_zan_abort_requested = 0;
+  forget_abort();
   struct sigaction action {};
   action.sa_handler = zan_sigint_handler;
   sigemptyset(&action.sa_mask);
@@ -12,12 +23,12 @@ Editor::AbortGuard::AbortGuard() {
 Editor::AbortGuard::~AbortGuard() {
   sigaction(SIGINT, &previous_, nullptr);
   // A Ctrl/C that came too late for this command must not stop a search outside any guard.
-  g_zan_abort_requested = 0;
+  forget_abort();
 }
 
 bool Editor::check_abort(bool verbose) {
   if (g_zan_abort_requested == 0) return false;
-  g_zan_abort_requested = 0;
+  forget_abort();
   status_message = "Abort";
   say(verbose, "*Abort*\n");
   return true;

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "app/rescue.h"
+#include "app/signals.h"
 #include "screen/terminal.h"
 
 namespace {
 
 // Ends the process as exit does, after what would otherwise be lost has been flushed.
 [[noreturn]] void leave(zan::Console& console, int status) {
+  zan::end_by_pending_signal();
   console.flush();
   console.release_input();
   std::exit(status);
@@ -23,10 +26,13 @@ void Editor::save_and_exit_now() {
   if (output_file) main.set_filename(*output_file);
   std::string path = resolve_write_path(main.filename());
   if (!save_buffer_to_path(main, path, false)) {
+    zan::rescue(*this);
     console.write_error("?Unable to write " + path + "\n");
     leave(console, 2);
   }
   delete_journal_file();
+  if (current_buffer_name == "MAIN") current = main; // saved as well
+  zan::end_if_asked(*this);
   say(summary, path, " ", std::to_string(main.line_count()), " lines\n");
   leave(console, 0);
 }

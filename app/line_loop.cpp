@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 
+#include "app/rescue.h"
+#include "app/signals.h"
 #include "app/stack.h"
 #include "files/stat.h"
 #include "screen/screen_prompt.h"
@@ -11,6 +13,7 @@
 
 int Editor::run() {
   input_found = current.load(input_file);
+  zan::answer_ending_signals(); // only now: until then, nothing can be lost
   current.set_filename(input_file);
   buffers.entry("MAIN") = current;
   buffers.entry("PASTE") = TextBuffer();
@@ -33,15 +36,18 @@ int Editor::line_mode() {
   for (;;) {
     console.write(prompt);
     const auto line = console.read_line();
+    zan::end_if_asked(*this);
     if (!line) break;
     append_journal_line(*line);
     handle_command_result(execute_command(*line, !quiet), true);
   }
+  if (console.lost_terminal()) zan::rescue(*this);
   console.flush();
   return 0;
 }
 
 Editor::CommandResult Editor::execute_command(const std::string& line, bool verbose) {
+  zan::end_if_asked(*this);
   if (is_comment_or_blank(line)) return CommandResult::Continue;
   std::string text = trim(line);
   const Qualifiers quals = extract_qualifiers(text);

@@ -1,12 +1,14 @@
 #include <cstdlib>
 #include <exception>
 #include <fcntl.h>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <unistd.h>
 
 #include "app/command_line.h"
 #include "app/editor.h"
+#include "app/rescue.h"
 #include "app/signals.h"
 #include "app/stack.h"
 #include "app/usage.h"
@@ -26,7 +28,8 @@ bool environment_turns_on(const char* name) {
   return value != nullptr && *value != '\0' && std::string_view(value) != "0";
 }
 
-int run_program(int argc, char** argv) {
+// `editor` is made here, and outlives a failure.
+int run_program(int argc, char** argv, std::optional<Editor>& editor) {
   const char* program = argc > 0 ? argv[0] : nullptr;
   if (argc < 2) {
     print_usage(program);
@@ -44,11 +47,12 @@ int run_program(int argc, char** argv) {
     print_usage(program);
     return line.help ? 0 : 1;
   }
-  Editor editor(line.files, line.command, line.output, line.read_only,
-                line.recover || environment_turns_on("ZAN_RECOVER"), line.journal);
-  editor.set_debug_keys(line.debug_keys);
-  const int status = editor.run();
+  editor.emplace(line.files, line.command, line.output, line.read_only,
+                 line.recover || environment_turns_on("ZAN_RECOVER"), line.journal);
+  editor->set_debug_keys(line.debug_keys);
+  const int status = editor->run();
   zan_safe_endwin();
+  zan::end_by_pending_signal();
   return status;
 }
 
@@ -58,10 +62,16 @@ int main(int argc, char** argv) {
   fill_closed_streams();
   zan::raise_stack_limit();
   zan::install_signal_handlers();
+  std::optional<Editor> editor;
   try {
-    return run_program(argc, argv);
+    return run_program(argc, argv, editor);
   } catch (const std::exception& error) {
     zan_safe_endwin();
+    if (editor) {
+      zan::rescue(*editor);
+      editor->console.flush();
+    }
+    zan::end_by_pending_signal();
     // Part by part: there may be no memory left to put them together.
     for (const char* part : {"fatal: ", error.what(), "\n"}) zan::write_fully(STDERR_FILENO, part);
     return 1;

@@ -8,9 +8,17 @@ extern volatile std::sig_atomic_t g_zan_pending_signal;
 namespace zan {
 
 // What holds from the start of main on: a closed pipe or a file size limit is a failed write, not the end of
-// the program; SIGTERM and SIGHUP end it at once in line mode, and after the terminal has been given back
-// while the screen has it. Children get the default dispositions.
+// the program. Children get the default dispositions.
 void install_signal_handlers();
+
+// From now on SIGTERM and SIGHUP do not end the program where it stands: they are noted, and answered where
+// its text can be rescued first. What the parent wants ignored, as nohup does, stays ignored.
+void answer_ending_signals();
+
+// The handler for it. Sets g_zan_pending_signal and, so that a long command ends early,
+// g_zan_abort_requested. Every wait is interrupted; a signal that comes a second later or more ends the
+// program at once.
+void note_ending_signal(int signal);
 
 // Ends the program by the pending signal, as if it had never been caught. Returns when there is none.
 void end_by_pending_signal();

@@ -1,11 +1,18 @@
 #include "app/editor.h"
 
-#include <cstdlib>
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <spawn.h>
 #include <stdlib.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include "app/signals.h"
 #include "files/block_writer.h"
 #include "text/bytes.h"
+
+extern char** environ;
 
 namespace {
 
@@ -45,6 +52,52 @@ class TemporaryPrintFile {
   bool exists_ = descriptor_ >= 0;
 };
 
+// What is typed to interrupt or quit while a child runs is meant for the child.
+class ChildsKeys {
+ public:
+  ChildsKeys() {
+    sigemptyset(&for_child_);
+    struct sigaction ignore {};
+    ignore.sa_handler = SIG_IGN;
+    sigemptyset(&ignore.sa_mask);
+    for (std::size_t i = 0; i < kSignals.size(); ++i) {
+      sigaction(kSignals[i], &ignore, &before_[i]);
+      if (before_[i].sa_handler != SIG_IGN) sigaddset(&for_child_, kSignals[i]);
+    }
+  }
+  ~ChildsKeys() {
+    for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before_[i], nullptr);
+  }
+  ChildsKeys(const ChildsKeys&) = delete;
+  ChildsKeys& operator=(const ChildsKeys&) = delete;
+
+  const sigset_t& for_child() const { return for_child_; } // what it is not to ignore
+
+ private:
+  static constexpr std::array kSignals{SIGINT, SIGQUIT};
+  std::array<struct sigaction, kSignals.size()> before_{};
+  sigset_t for_child_{};
+};
+
+// As the library's function does it, but a signal that asks the program to end is not held up by the child.
+bool run_in_shell(std::string command) {
+  const ChildsKeys keys;
+  posix_spawnattr_t attributes;
+  posix_spawnattr_init(&attributes);
+  posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
+  posix_spawnattr_setsigdefault(&attributes, &keys.for_child());
+  std::string shell = "sh";
+  std::string option = "-c";
+  const std::array<char*, 4> words{shell.data(), option.data(), command.data(), nullptr};
+  pid_t child = -1;
+  const bool started = posix_spawn(&child, "/bin/sh", nullptr, &attributes, words.data(), environ) == 0;
+  posix_spawnattr_destroy(&attributes);
+  if (!started) return false;
+  int status = -1;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR && g_zan_pending_signal == 0) {}
+  return status == 0;
+}
+
 } // namespace
 
 void Editor::print_command(const std::string& arg, bool verbose) {
@@ -72,5 +125,5 @@ void Editor::print_command(const std::string& arg, bool verbose) {
   console.release_input();
   const std::string path = file.path();
   const std::string command = "lpr " + path + " 2>/dev/null || lp " + path + " 2>/dev/null";
-  say(verbose, std::system(command.c_str()) == 0 ? "Sent to printer\n" : "?Print failed\n");
+  say(verbose, run_in_shell(command) ? "Sent to printer\n" : "?Print failed\n");
 }

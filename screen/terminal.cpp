@@ -9,6 +9,7 @@
 #include <string_view>
 #include <sys/ioctl.h>
 #include <sys/select.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include "app/console.h"
@@ -28,25 +29,89 @@ namespace {
 
 constexpr int kEscapeDelay = 25; // milliseconds in which a sequence that has begun goes on
 
-void note_signal(int signal) { g_zan_pending_signal = signal; }
 void wake_up(int) {} // the wait for a key ends and looks at the terminal's size
 
-void handle(int signal, void (*handler)(int)) {
+void handle(int signal, void (*handler)(int), int flags = 0) {
   struct sigaction action {};
   action.sa_handler = handler;
+  action.sa_flags = flags;
   sigemptyset(&action.sa_mask);
   sigaction(signal, &action, nullptr);
 }
 
+std::string_view capability(const char* name) {
+  const char* text = tigetstr(name);
+  // The library's "no such capability" is the address -1.
+  return text == nullptr || text == reinterpret_cast<const char*>(-1) ? std::string_view() : text;
+}
+
+// How the terminal is given back when the program crashes on the screen. All of it is made ready before:
+// then nothing can be asked of the library any more.
+class CrashExit {
+ public:
+  constexpr CrashExit() = default;
+
+  void remember_modes() {
+    has_modes_ = tcgetattr(STDOUT_FILENO, &modes_) == 0;
+    // A recursion without end leaves no room on the ordinary stack.
+    stack_t stack{};
+    if (sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_DISABLE) == 0) return;
+    stack.ss_sp = stack_.data();
+    stack.ss_size = stack_.size();
+    stack.ss_flags = 0;
+    sigaltstack(&stack, nullptr);
+  }
+
+  // To be sent as it is, without the waits that the library makes.
+  void add(std::string_view sequence) {
+    for (std::size_t wait = 0; (wait = sequence.find("$<")) != std::string_view::npos;) {
+      add(sequence.substr(0, wait));
+      sequence.remove_prefix(std::min(sequence.size(), sequence.find('>', wait)));
+      if (!sequence.empty()) sequence.remove_prefix(1);
+    }
+    const std::string_view fitting = sequence.substr(0, sequences_.size() - size_);
+    std::ranges::copy(fitting, sequences_.data() + size_);
+    size_ += fitting.size();
+  }
+
+  void give_back() const { // in a signal handler
+    if (has_modes_) tcsetattr(STDOUT_FILENO, TCSANOW, &modes_);
+    [[maybe_unused]] const ssize_t count = ::write(STDOUT_FILENO, sequences_.data(), size_);
+  }
+
+ private:
+  bool has_modes_ = false;
+  termios modes_{}; // before the screen
+  std::size_t size_ = 0;
+  std::array<char, 256> sequences_{}; // that end the screen
+  std::array<char, 64 * 1024> stack_{};
+};
+
+CrashExit& crash_exit() {
+  static constinit CrashExit the_exit;
+  return the_exit;
+}
+
+void give_back_and_crash(int signal) {
+  crash_exit().give_back();
+  std::raise(signal); // has its default action again, which follows when this function returns
+}
+
 // Signals whose action is the screen's while it runs. The library takes the first when it is first started
-// and never gives it back, so both sides' actions are kept and exchanged; it would take the others too, but
-// leaves those alone that have a handler. An interrupt from outside ends the program by that signal.
+// and never gives it back, so both sides' actions are kept and exchanged; it would take the next two as well,
+// but leaves those alone that have a handler. An interrupt from outside ends the program by that signal. The
+// rest end it where it stands; where somebody else looks after them, as sanitizers do, they are left to him.
 class ScreenSignals {
  public:
   void set_aside() {
+    crash_exit().remember_modes();
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], nullptr, &outside_[i]);
     handle(SIGWINCH, wake_up);
-    if (outside_[kInterrupt].sa_handler == SIG_DFL) handle(SIGINT, note_signal);
+    if (outside_[kInterrupt].sa_handler == SIG_DFL) handle(SIGINT, note_ending_signal);
+    for (std::size_t i = kInterrupt + 1; i < kSignals.size(); ++i) {
+      if (outside_[i].sa_handler != SIG_DFL) continue;
+      handle(kSignals[i], give_back_and_crash, SA_ONSTACK | static_cast<int>(SA_RESETHAND));
+    }
   }
   void resume_library() const { sigaction(SIGTSTP, &library_, nullptr); }
   void give_back() {
@@ -55,9 +120,10 @@ class ScreenSignals {
   }
 
  private:
-  static constexpr std::array<int, 3> kSignals{SIGTSTP, SIGWINCH, SIGINT};
+  static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGINT,  SIGQUIT, SIGSEGV,
+                                       SIGBUS,  SIGFPE,   SIGABRT, SIGILL};
   static constexpr std::size_t kInterrupt = 2;
-  std::array<struct sigaction, 3> outside_{};
+  std::array<struct sigaction, kSignals.size()> outside_{};
   struct sigaction library_ {};
 };
 
@@ -70,6 +136,7 @@ struct Room {
   ScreenSignals signals;
   KeyDecoder keys;             // what has been read and not been asked for
   bool reads_terminal = false; // not a pipe or a file
+  bool more_waits = false;     // the terminal had more than was read of it
   bool ended = false;
   bool interrupted = false;
   std::uint64_t events = 0;
@@ -78,12 +145,6 @@ struct Room {
 Room& room() {
   static Room the_room;
   return the_room;
-}
-
-std::string_view capability(const char* name) {
-  const char* text = tigetstr(name);
-  // The library's "no such capability" is the address -1.
-  return text == nullptr || text == reinterpret_cast<const char*>(-1) ? std::string_view() : text;
 }
 
 void set_modes() {
@@ -110,6 +171,8 @@ bool start_library() {
   set_modes();
   repair_key_sequences();
   room().own_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
+  for (const char* name : {"sgr0", "rmcup", "rmkx"}) crash_exit().add(capability(name));
+  if (room().own_numeric_mode) crash_exit().add("\033>");
   room().reads_terminal = isatty(STDIN_FILENO) != 0;
   room().started = true;
   return true;
@@ -199,16 +262,18 @@ void read_input() {
   std::array<char, 4096> bytes;
   int unread = 0;
   const bool pasted =
-      isatty(STDIN_FILENO) != 0 && ioctl(STDIN_FILENO, FIONREAD, &unread) == 0 && unread >= kPasted;
+      room().reads_terminal && ioctl(STDIN_FILENO, FIONREAD, &unread) == 0 && unread >= kPasted;
   const ssize_t count = ::read(STDIN_FILENO, bytes.data(), pasted ? bytes.size() : 1);
+  room().more_waits = unread > count;
   if (count > 0) room().keys.feed({bytes.data(), static_cast<std::size_t>(count)});
   else if (count == 0 || (errno != EINTR && errno != EAGAIN)) room().ended = true;
 }
 
-// A key, KEY_RESIZE among them; nothing at the end of the input and for a pending signal.
+// A key, KEY_RESIZE among them; nothing at the end of the input. A pending signal ends it.
 std::optional<int> wait_for_key() {
   Room& the = room();
-  if (const auto key = the.keys.next(the.ended)) return key;
+  if (g_zan_pending_signal == 0)
+    if (const auto key = the.keys.next(the.ended)) return key;
   const SignalPause pause;
   while (g_zan_pending_signal == 0 && !the.ended) {
     if (adopt_size()) return KEY_RESIZE;
@@ -218,6 +283,7 @@ std::optional<int> wait_for_key() {
     if (ready < 0) keypad(stdscr, TRUE); // the library leaves it off when the program goes on after a stop
     if (const auto key = the.keys.next(ready == 0 || the.ended)) return key;
   }
+  the.ended = true;
   return std::nullopt;
 }
 
@@ -262,13 +328,16 @@ std::optional<int> read_key(const std::function<void()>& redraw) {
   ++room().events;
   for (;;) {
     const auto key = wait_for_key();
-    end_by_pending_signal();
     if (key != KEY_RESIZE) return key;
     redraw();
   }
 }
 
-bool key_waiting() { return !room().keys.empty() || room().ended || wait_for_input(nullptr, 0) > 0; }
+bool key_waiting() {
+  const Room& the = room();
+  if (!the.keys.empty() || the.ended) return true;
+  return the.reads_terminal ? the.more_waits : wait_for_input(nullptr, 0) > 0;
+}
 
 bool screen_input_ended() { return room().ended; }
 

@@ -8,7 +8,8 @@
 
 // What the rest of the program needs of the screen library, without including it.
 
-// True from the start of the screen library to zan_safe_endwin: the terminal is the screen's.
+// True from the start of the screen library to zan_safe_endwin: the terminal is the screen's. A crash gives
+// it back as well.
 extern bool g_curses_active;
 
 // Gives the terminal back to line mode, when the screen has it. May be called any number of times.
@@ -41,8 +42,8 @@ class ScreenVisit {
   bool started_ = false;
 };
 
-// The next key, waiting for it; nothing when the input has ended or the terminal has gone. A new size of the
-// terminal is no key: `redraw` is called and the wait goes on. Ends the program by a pending signal.
+// The next key, waiting for it; nothing when the input has ended, the terminal has gone, or a signal asks the
+// program to end. A new size of the terminal is no key: `redraw` is called and the wait goes on.
 std::optional<int> read_key(const std::function<void()>& redraw);
 bool key_waiting(); // read_key would return at once, or soon
 bool screen_input_ended();
