@@ -25,7 +25,7 @@ read = reference.read
 PAGE_LINES = 66
 
 # Words of the manual in capitals that are no entry of a table: buffers, parts of commands, names of things.
-PLAIN_WORDS = set("""GOLD MAIN THRU NAME FIXED VARIABLE NO FORMFEED EOB DELIM INI ON OFF AS CTRL A1 A3 B2 C1
+PLAIN_WORDS = set("""GOLD MAIN OTHER THRU SIGHUP SIGTERM NAME FIXED VARIABLE NO FORMFEED EOB DELIM INI ON OFF AS CTRL A1 A3 B2 C1
     C3""".split())
 # Read by the libraries.
 LIBRARY_VARIABLES = {"LC_ALL", "LC_CTYPE", "LANG", "TZ"}
