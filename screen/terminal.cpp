@@ -269,6 +269,10 @@ void read_input() {
   else if (count == 0 || (errno != EINTR && errno != EAGAIN)) room().ended = true;
 }
 
+void read_waiting_input() {
+  while (!room().ended && wait_for_input(nullptr, 0) > 0) read_input();
+}
+
 // A key, KEY_RESIZE among them; nothing at the end of the input. A pending signal ends it.
 std::optional<int> wait_for_key() {
   Room& the = room();
@@ -321,7 +325,10 @@ ScreenVisit::ScreenVisit(bool pc_keypad) {
 }
 
 ScreenVisit::~ScreenVisit() {
-  if (started_ && room().visits > 0 && --room().visits == 0) zan_safe_endwin();
+  if (!started_ || room().visits == 0 || --room().visits > 0) return;
+  // What is typed ahead is line mode's, but the terminal has taken it for keys: its Return is no line's end.
+  if (room().reads_terminal) read_waiting_input();
+  zan_safe_endwin();
 }
 
 std::optional<int> read_key(const std::function<void()>& redraw) {
@@ -348,7 +355,7 @@ bool take_interrupt() {
   Room& the = room();
   if (the.interrupted || (the.ended && the.reads_terminal) || g_zan_pending_signal != 0) return true;
   if (!g_curses_active) return false;
-  while (!the.ended && wait_for_input(nullptr, 0) > 0) read_input();
+  read_waiting_input();
   return the.interrupted = the.keys.remove(kCtrlC);
 }
 

@@ -74,6 +74,7 @@ const std::vector<KeyCase> kGoldKeys{
     {"Up", "\033OA", kText, "TOP", 0, 0},
     {"Left", "\033OC\033OP\033OD", kText, "Shift line left", 0, 1},
     {"Right", "\033OC", {" one two", "THREE", "  last"}, "Shift line right", 0, 1},
+    {"N", "N", {"1 one two", "2 THREE", "3   last"}, "Line numbers ON", 0, 2},
     {"n", "n", {"1 one two", "2 THREE", "3   last"}, "Line numbers ON", 0, 2},
     {"PF1 PF4", "\033OP\033OS", kText, "No deleted line", 0, 0},
     {"PF2", "\033OQ", kText, "BOTTOM", 2, 6},
@@ -102,14 +103,78 @@ const std::vector<KeyCase> kGoldKeys{
     {"Remove", "\033[3~", kText, "Undefined GOLD key", 0, 0},
 };
 
-void press_keys(const KeyCase& key, const std::string& prefix) {
-  SCOPED_TRACE(prefix + key.name);
+// Keys that only some terminals have, by the names that the descriptions give them.
+const std::vector<std::pair<const char*, KeyCase>> kRareKeys{
+    {"arm100", {"A1", "\033[q", kText, "", 2, 0}},
+    {"arm100", {"A3", "\033On\033Oq\033[s", {"two", "THREE", "  last"}, "SELECT", 0, 0}},
+    {"arm100", {"B2", "\033[r", kText, "Direction: BACKUP", 0, 0}},
+    {"arm100", {"C1", "\033[p", kText, "", 0, 4}},
+    {"arm100", {"C3", "\033[n", kText, "", 0, 1}},
+    {"arm100", {"Enter", "\033[M", kText, "", 0, 0}},
+    {"arm100", {"GOLD A1", "\033OP\033[qFIND THREE\r", kText, "Found: THREE", 1, 0}},
+    {"arm100", {"GOLD A3", "\033OP\033[s", kText, "No select range active", 0, 0}},
+    {"arm100", {"GOLD B2", "\033OP\033[r", kText, "TOP", 0, 0}},
+    {"arm100", {"GOLD C1", "\033OP\033[p", {"One two", "THREE", "  last"}, "CHNGCASE", 0, 1}},
+    {"arm100", {"GOLD C3", "\033OP\033[n65\r", {"Aone two", "THREE", "  last"}, "SPECINS", 0, 1}},
+    {"arm100", {"GOLD Enter", "\033OP\033[M", kText, "SUBSTITUTE", 0, 0}},
+    {"emu-220", {"Do", "\033[29~FIND THREE\r", kText, "Found: THREE", 1, 0}},
+    {"emu-220", {"Find", "\033[1~", kText, "No search string", 0, 0}},
+    {"vt220", {"Find", "\033[1~", kText, "No search string", 0, 0}},
+    {"vt220", {"Select", "\033[4~", kText, "SELECT", 0, 0}},
+    {"linux", {"B2", "\033[G", kText, "Direction: BACKUP", 0, 0}},
+    // Its description gives Alt/Delete a code of the keypad.
+    {"ms-terminal", {"Alt/Delete", "\033[3;3~", kText, "", 0, 0}},
+};
+
+// What a terminal's keyboard sends where it differs from an xterm's.
+struct Keyboard {
+  const char* term;
+  std::vector<std::pair<std::string, std::string>> sends;
+};
+
+const std::vector<Keyboard> kKeyboards{
+    {"xterm-256color", {}},
+    {"vt100", {}},
+    {"vt220", {{"\033OA", "\033[A"}, {"\033OB", "\033[B"}, {"\033OC", "\033[C"}, {"\033OD", "\033[D"}}},
+    {"screen-256color", {{"\033OH", "\033[1~"}, {"\033OF", "\033[4~"}}},
+    {"tmux-256color", {{"\033OH", "\033[1~"}, {"\033OF", "\033[4~"}}},
+    {"linux",
+     {{"\033OA", "\033[A"},
+      {"\033OB", "\033[B"},
+      {"\033OC", "\033[C"},
+      {"\033OD", "\033[D"},
+      {"\033OH", "\033[1~"},
+      {"\033OF", "\033[4~"},
+      {"\033OP", "\033[[A"},
+      {"\033OQ", "\033[[B"},
+      {"\033OR", "\033[[C"},
+      {"\033OS", "\033[[D"}}},
+    {"putty",
+     {{"\033OH", "\033[1~"},
+      {"\033OF", "\033[4~"},
+      {"\033OP", "\033[11~"},
+      {"\033OQ", "\033[12~"},
+      {"\033OR", "\033[13~"},
+      {"\033OS", "\033[14~"}}},
+};
+
+std::string typed_on(const Keyboard& keyboard, std::string keys) {
+  for (const auto& [usual, own] : keyboard.sends)
+    for (std::size_t at = 0; (at = keys.find(usual, at)) != std::string::npos; at += own.size())
+      keys.replace(at, usual.size(), own);
+  return keys;
+}
+
+void press_keys(const std::string& term, const KeyCase& key, const std::string& keys) {
+  SCOPED_TRACE(term + " " + key.name);
+  if (!terminal_is_described(term)) return;
   TerminalOptions options;
   options.text = "one two\nTHREE\n  last\n";
+  options.term = term;
   TerminalDriver terminal(options);
   terminal.type("CHANGE\n");
   if (!terminal.shows_text("[EOB]")) return;
-  terminal.type((prefix.empty() ? "" : "\033OP") + key.keys);
+  terminal.type(keys);
   Shown wanted{key.text, key.row, key.column};
   wanted.rows.insert(wanted.rows.end(), {"[EOB]", "...", key.message});
   const auto fits = [&](const Shown& now) {
@@ -122,40 +187,35 @@ void press_keys(const KeyCase& key, const std::string& prefix) {
 
 } // namespace
 
-TEST(Keyboard, EveryPlainKey) {
-  for (const KeyCase& key : kPlainKeys) press_keys(key, "");
+class Keyboards : public testing::TestWithParam<Keyboard> {};
+
+TEST_P(Keyboards, PlainKeys) {
+  for (const KeyCase& key : kPlainKeys) press_keys(GetParam().term, key, typed_on(GetParam(), key.keys));
 }
 
-TEST(Keyboard, EveryGoldKey) {
-  for (const KeyCase& key : kGoldKeys) press_keys(key, "GOLD ");
+TEST_P(Keyboards, GoldKeys) {
+  for (const KeyCase& key : kGoldKeys)
+    press_keys(GetParam().term, key, typed_on(GetParam(), "\033OP" + key.keys));
 }
 
-// What some terminals send for PF1, PF4 and the up arrow.
-TEST(Keyboard, OtherTerminals) {
-  struct Case {
-    const char* term;
-    std::string gold, delete_line, up;
-  };
-  const std::vector<Case> cases{
-      {"vt100", "\033OP", "\033OS", "\033OA"},           {"vt220", "\033OP", "\033OS", "\033[A"},
-      {"screen-256color", "\033OP", "\033OS", "\033OA"}, {"tmux-256color", "\033OP", "\033OS", "\033OA"},
-      {"linux", "\033[[A", "\033[[D", "\033[A"},         {"putty", "\033[11~", "\033[14~", "\033OA"},
-      {"ms-terminal", "\033OP", "\033OS", "\033OA"},
-  };
-  for (const Case& on : cases) {
-    SCOPED_TRACE(on.term);
-    if (!terminal_is_described(on.term)) continue;
-    TerminalOptions options;
-    options.term = on.term;
-    TerminalDriver terminal(options);
+INSTANTIATE_TEST_SUITE_P(All, Keyboards, testing::ValuesIn(kKeyboards), [](const auto& keyboard) {
+  std::string name = keyboard.param.term;
+  std::ranges::replace(name, '-', '_');
+  return name;
+});
+
+TEST(Keyboard, RareKeys) {
+  for (const auto& [term, key] : kRareKeys) press_keys(term, key, key.keys);
+}
+
+TEST(Keyboard, GoldQQuits) {
+  for (const std::string q : {"q", "Q"}) {
+    TerminalDriver terminal({});
     terminal.type("CHANGE\n");
-    if (!terminal.shows_text("[EOB]")) continue;
-    terminal.type(on.gold + "\033Ot" + on.up + on.delete_line + "\033[3;3~\033[1;5Cx\033OMy\033Om");
-    terminal.wait_until(
-        [](const Shown& now) { return now.row(0) == "one" && now.row(1) == "x" && now.row(2) == "y"; },
-        "  one x y\n");
-    terminal.type("\032QUIT\n");
+    terminal.shows_text("[EOB]");
+    terminal.type("x\033OP" + q);
     EXPECT_EQ(terminal.exit_status(), 0);
+    EXPECT_TRUE(terminal.output().ends_with("Changes discarded\r\n")) << terminal.output();
   }
 }
 

@@ -1,5 +1,4 @@
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
 
@@ -63,6 +62,10 @@ TEST(Screen, FindsAndReplaces) {
            {"new\025\033OP\033ORt\r",
             screen({"one", "two", "three", "[EOB]"}, " EDIT[MAIN] ADVANCE *", "Found: t", 1, 0)},
            {"\033OR", screen({"one", "two", "three", "[EOB]"}, " EDIT[MAIN] ADVANCE *", "Found: t", 2, 0)},
+           {"\033OP\033OM",
+            screen({"one", "two", "newhree", "[EOB]"}, " EDIT[MAIN] ADVANCE *", "Substituted", 1, 0)},
+           {"\033OP\033OM",
+            screen({"one", "newwo", "newhree", "[EOB]"}, " EDIT[MAIN] ADVANCE *", "Substituted", 1, 3)},
        });
 }
 
@@ -100,6 +103,38 @@ TEST(Screen, PromptScrollsAndSurvivesAResize) {
   terminal.wait_until([](const Shown& now) { return now.cursor_row == 0; }, "  cursor 0 0\n");
 }
 
+// Every size is taken over, and typing goes on at all of them.
+TEST(Screen, AnySize) {
+  TerminalDriver terminal({});
+  enter_screen(terminal);
+  std::string typed;
+  for (const auto& [rows, columns] :
+       {std::pair(1, 1), {24, 80}, {1, 500}, {4, 12}, {200, 1}, {200, 500}, {2, 2}, {9, 20}, {8, 64}}) {
+    terminal.resize(rows, columns);
+    if (rows > 3 && columns > 10) terminal.shows_text("EDIT[MAIN]");
+    terminal.type("a");
+    typed += "a";
+  }
+  terminal.type("\002");
+  terminal.shows(screen({typed + "one", "two", "three", "[EOB]"}, " EDIT[MAIN] ADVANCE *", "", 0, 0));
+}
+
+TEST(Screen, CtrlCEndsARepetitionAndNothingElse) {
+  TerminalDriver terminal({});
+  enter_screen(terminal);
+  terminal.type("\033OP2000000000\033[Cab\003c");
+  terminal.shows_text(" abcone");
+
+  TerminalOptions options;
+  options.text = std::string(4 << 20, 'q') + "\n";
+  options.startup = "SET KEYPAD NOKEYPAD\n";
+  TerminalDriver nokeypad(options);
+  nokeypad.type("CHANGE\n");
+  nokeypad.shows_text("Nokeypad:");
+  nokeypad.type("2000000000DC\r\003Iz\r");
+  nokeypad.shows_text("zqqq");
+}
+
 TEST(Screen, HelpPage) {
   for (const int rows : {24, 40}) {
     TerminalOptions options;
@@ -125,30 +160,6 @@ TEST(Screen, SavesFromTheScreen) {
   EXPECT_NE(terminal.output().rfind("notes.txt 4 lines"), std::string::npos);
 }
 
-// A signal ends the program by itself, at a key and at a prompt, after the terminal has been given back.
-TEST(Screen, SignalsAndHangUp) {
-  for (const std::string keys : {"", "\033OP\033Ow", "\013", "\033OQ"}) {
-    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
-      SCOPED_TRACE(signal);
-      TerminalDriver terminal({});
-      enter_screen(terminal);
-      terminal.type("x" + keys);
-      terminal.shows_text(keys.empty()       ? "xone"
-                          : keys == "\013"   ? "Press key"
-                          : keys == "\033OQ" ? "V1."
-                                             : "Command:");
-      kill(terminal.program(), signal);
-      EXPECT_EQ(terminal.exit_status(), 128 + signal);
-      EXPECT_TRUE(terminal.output().ends_with("\033>")) << terminal.output();
-    }
-    TerminalDriver terminal({});
-    enter_screen(terminal);
-    terminal.type(keys);
-    terminal.hang_up();
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGHUP);
-  }
-}
-
 TEST(Screen, PasteArrivesWhole) {
   TerminalDriver terminal({});
   enter_screen(terminal);
@@ -163,14 +174,35 @@ TEST(Screen, PasteArrivesWhole) {
 }
 
 TEST(Screen, TerminalsWithoutACursorAreRefused) {
-  for (const std::string term : {"no-such-terminal", "unknown"}) {
+  struct Case {
+    std::optional<std::string> term;
+    std::string command, named; // a command before CHANGE, and the name in the message
+  };
+  const std::string endless(4096, 'x');
+  const Case cases[] = {{std::nullopt, "", ""},
+                        {"", "", ""},
+                        {"no-such-terminal", "", "no-such-terminal"},
+                        {"unknown", "", "unknown"},
+                        {"hardcopy", "", "hardcopy"},
+                        {"xterm", "SET TERMINAL dumb\n", "dumb"},
+                        {"../x/xterm", "", "../x/xterm"},
+                        {"/usr/share/terminfo/x/xterm", "", "/usr/share/terminfo/x/xterm"},
+                        {endless, "", endless}};
+  for (const auto& [term, command, named] : cases) {
+    SCOPED_TRACE(named);
     TerminalOptions options;
     options.term = term;
     TerminalDriver terminal(options);
-    terminal.type("CHANGE\nTYPE 2\nEXIT\n");
-    EXPECT_EQ(terminal.exit_status(), 0);
-    EXPECT_NE(terminal.output().find("?Cannot start screen mode: " + term + "\r\n"), std::string::npos);
+    terminal.type(command + "INSERT zero\nCHANGE\nTYPE 2\nSET TERMINAL vt100\n");
+    terminal.shows_text("Terminal: vt100");
+    EXPECT_TRUE(terminal.has_its_modes());
+    EXPECT_NE(terminal.output().find("?Cannot start screen mode: " + named + "\r\n"), std::string::npos);
     EXPECT_NE(terminal.output().find("2 two\r\n"), std::string::npos);
+    terminal.type("CHANGE\n");
+    terminal.shows_text("zeroone");
+    terminal.type("\032EXIT\n");
+    EXPECT_EQ(terminal.exit_status(), 0);
+    EXPECT_EQ(terminal.file(), "zeroone\ntwo\nthree\n");
   }
 }
 

@@ -8,8 +8,10 @@
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <sys/ioctl.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 
 #ifdef __APPLE__
 #include <util.h>
@@ -20,7 +22,8 @@
 namespace {
 
 using Clock = std::chrono::steady_clock;
-constexpr std::chrono::seconds kDeadline{20};
+constexpr std::chrono::seconds kDeadline{30};
+constexpr std::chrono::milliseconds kSoon{300};
 
 winsize size_of(int rows, int columns) {
   winsize size{};
@@ -52,6 +55,42 @@ std::string row_text(VTermScreen* screen, int row, int columns) {
   return text;
 }
 
+// Makes the caller the foreground job of what stays behind as its shell: that stops and goes on with it, and
+// ends with its status. Only the first stop is passed on. A program without a shell is never stopped, because
+// nobody could let it go on.
+void become_job() {
+  std::signal(SIGTTOU, SIG_IGN);
+  const pid_t job = fork();
+  setpgid(job, job);
+  if (job == 0) {
+    tcsetpgrp(STDIN_FILENO, getpid());
+    std::signal(SIGTTOU, SIG_DFL);
+    return;
+  }
+  int status = 0;
+  bool passed_on = false;
+  while (waitpid(job, &status, WUNTRACED) == job && WIFSTOPPED(status)) {
+    if (!std::exchange(passed_on, true)) raise(SIGSTOP);
+    kill(job, SIGCONT);
+  }
+  _exit(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status));
+}
+
+[[noreturn]] void execute(const std::string& home, const std::optional<std::string>& term) {
+  // The screen library keeps what it had begun for a terminal that it could not start: no leak of the
+  // program.
+  std::vector<std::string> variables{"HOME=" + home, "PATH=" + home + ":/usr/bin:/bin", "LC_ALL=C.UTF-8",
+                                     "ASAN_OPTIONS=detect_leaks=0"};
+  if (term) variables.push_back("TERM=" + *term);
+  std::vector<char*> environment;
+  for (std::string& variable : variables) environment.push_back(variable.data());
+  environment.push_back(nullptr);
+  if (chdir(home.c_str()) == 0) execle(ZAN_PROGRAM, "zan", "notes.txt", nullptr, environment.data());
+  _exit(127);
+}
+
+double seconds(const timeval& time) { return double(time.tv_sec) + 1e-6 * double(time.tv_usec); }
+
 } // namespace
 
 std::string Shown::to_string() const {
@@ -68,23 +107,26 @@ TerminalDriver::TerminalDriver(const TerminalOptions& options)
   vterm_screen_reset(screen, 1);
   zan::test::write_file(home_ / "notes.txt", options.text);
   zan::test::write_file(home_ / "zan.ini", options.startup);
+  if (!options.spooler.empty()) {
+    zan::test::write_file(home_ / "lpr", "#!/bin/sh\n" + options.spooler);
+    chmod((home_ / "lpr").c_str(), 0700);
+  }
   winsize size = size_of(options.rows, options.columns);
   child_ = forkpty(&master_, nullptr, nullptr, &size);
-  if (child_ != 0) return;
-  const std::string home = "HOME=" + home_.path();
-  const std::string term = "TERM=" + options.term;
-  // The screen library keeps what it had begun for a terminal that it could not start: no leak of the
-  // program.
-  const char* environment[] = {
-      home.c_str(), term.c_str(), "LC_ALL=C.UTF-8", "PATH=/usr/bin:/bin", "ASAN_OPTIONS=detect_leaks=0",
-      nullptr};
-  if (chdir(home_.path().c_str()) == 0)
-    execle(ZAN_PROGRAM, "zan", "notes.txt", nullptr, const_cast<char* const*>(environment));
-  _exit(127);
+  if (child_ != 0) {
+    tcgetattr(master_, &modes_);
+    return;
+  }
+  const rlimit no_core{};
+  setrlimit(RLIMIT_CORE, &no_core);
+  if (options.job) become_job();
+  if (options.ignores_hangup) std::signal(SIGHUP, SIG_IGN);
+  execute(home_.path(), options.term);
 }
 
 TerminalDriver::~TerminalDriver() {
   if (child_ > 0) {
+    if (program() > 0) kill(program(), SIGKILL);
     kill(child_, SIGKILL);
     waitpid(child_, nullptr, 0);
   }
@@ -114,6 +156,31 @@ void TerminalDriver::resize(int rows, int columns) {
 void TerminalDriver::hang_up() {
   close(master_);
   master_ = -1;
+}
+
+// The process group in the foreground has its number.
+pid_t TerminalDriver::program() const { return master_ >= 0 ? tcgetpgrp(master_) : child_; }
+
+bool TerminalDriver::stops() {
+  int status = 0;
+  for (const auto deadline = Clock::now() + kSoon; Clock::now() < deadline; read_output(1))
+    if (waitpid(child_, &status, WNOHANG | WUNTRACED) == child_) return true;
+  return false;
+}
+
+void TerminalDriver::go_on() { kill(child_, SIGCONT); }
+
+std::size_t TerminalDriver::times_sent(std::string_view bytes) const {
+  std::size_t times = 0;
+  for (std::size_t at = 0; (at = output_.find(bytes, at)) != std::string::npos; ++at) ++times;
+  return times;
+}
+
+bool TerminalDriver::has_its_modes() const {
+  termios now{};
+  return tcgetattr(master_, &now) == 0 && now.c_iflag == modes_.c_iflag && now.c_oflag == modes_.c_oflag &&
+         now.c_cflag == modes_.c_cflag && now.c_lflag == modes_.c_lflag &&
+         std::ranges::equal(now.c_cc, modes_.c_cc);
 }
 
 bool TerminalDriver::read_output(int milliseconds) {
@@ -168,17 +235,16 @@ bool TerminalDriver::shows_text(std::string_view text) {
 int TerminalDriver::exit_status() {
   const auto deadline = Clock::now() + kDeadline;
   int status = 0;
+  rusage usage{};
   bool open = master_ >= 0;
-  while (waitpid(child_, &status, WNOHANG) == 0) {
+  while (wait4(child_, &status, WNOHANG, &usage) == 0) {
     if (Clock::now() > deadline) return -1;
     if (open) open = read_output(20);
     else poll(nullptr, 0, 5);
   }
-  while (open && read_output(0)) {
-    pollfd ready{master_, POLLIN, 0};
-    if (poll(&ready, 1, 0) <= 0) break;
-  }
   child_ = -1;
+  while (open && Clock::now() < deadline) open = read_output(20); // the last bytes may still be on their way
+  processor_seconds_ = seconds(usage.ru_utime) + seconds(usage.ru_stime);
   return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 

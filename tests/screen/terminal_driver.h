@@ -1,9 +1,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <sys/types.h>
+#include <termios.h>
 #include <vector>
 #include <vterm.h>
 
@@ -21,13 +23,17 @@ struct Shown {
 
 struct TerminalOptions {
   std::string text = "one\ntwo\nthree\n"; // of the file that is edited
-  std::string term = "xterm-256color";
+  std::optional<std::string> term = "xterm-256color";
   int rows = 8;
   int columns = 64;
-  std::string startup; // commands of the startup file
+  std::string startup;         // commands of the startup file
+  std::string spooler;         // the script "lpr"
+  bool ignores_hangup = false; // as under nohup
+  bool job = false;            // under a shell, which it can be stopped for
 };
 
-// The program on a pseudo-terminal, whose other end is a terminal emulator. All waits end at a deadline.
+// The program on a pseudo-terminal, whose other end is a terminal emulator. All waits end at a deadline,
+// which is far off: tests run on loaded machines and under sanitizers.
 class TerminalDriver {
  public:
   explicit TerminalDriver(const TerminalOptions& options);
@@ -38,9 +44,15 @@ class TerminalDriver {
   void type(std::string_view bytes);
   void resize(int rows, int columns);
   void hang_up(); // the terminal goes away
-  pid_t program() const { return child_; }
+  bool is_gone() const { return master_ < 0; }
+  pid_t program() const;
+  bool stops(); // a job does, soon
+  void go_on(); // after a stop
   std::string file() const { return zan::test::read_file(home_ / "notes.txt"); }
+  const zan::test::ScratchDirectory& home() const { return home_; }
   const std::string& output() const { return output_; } // all bytes that have reached the terminal
+  std::size_t times_sent(std::string_view bytes) const; // to the terminal
+  bool has_its_modes() const;                           // those that the terminal had before the start
 
   // Waits until the picture is as wanted; false, after a report of both pictures, when it never is.
   bool shows(const Shown& wanted);
@@ -48,6 +60,7 @@ class TerminalDriver {
   bool shows_text(std::string_view text);
   bool wait_until(const std::function<bool(const Shown&)>& wanted, const std::string& description);
   int exit_status(); // waits for the end: the exit status, or 128 and the signal
+  double processor_seconds() const { return processor_seconds_; } // that the ended program used
 
  private:
   bool read_output(int milliseconds); // false at the end of the output
@@ -56,6 +69,8 @@ class TerminalDriver {
   zan::test::ScratchDirectory home_;
   pid_t child_ = -1;
   int master_ = -1;
+  termios modes_{};
+  double processor_seconds_ = 0;
   VTerm* terminal_ = nullptr;
   std::string output_;
 };

@@ -62,9 +62,7 @@ TEST(Visits, LeaveTheTerminalAsItWas) {
     enter_screen(terminal);
     terminal.type("\033OP\033OwCHANGE\r\032"); // a visit inside the visit
     terminal.shows_text("Command mode");
-    terminal.type("\032");
-    terminal.shows_text("*CHANGE");
-    terminal.type("TYPE 3\n");
+    terminal.type("\032TYPE 3\r"); // ahead of line mode, to which Return is another byte
     terminal.shows_text("3 three");
   }
   terminal.resize(10, 40);
@@ -72,7 +70,46 @@ TEST(Visits, LeaveTheTerminalAsItWas) {
   terminal.shows_text("2 two");
   terminal.type("EXIT\n");
   EXPECT_EQ(terminal.exit_status(), 0);
-  std::size_t numeric = 0;
-  for (std::size_t at = 0; (at = terminal.output().find("\033>", at)) != std::string::npos; ++at) ++numeric;
-  EXPECT_EQ(numeric, 3U);
+  EXPECT_EQ(terminal.times_sent("\033>"), 3U);
+}
+
+TEST(Visits, ByAMacro) {
+  const auto on_screen = [](const Shown& now) { return now.row(3) == "[EOB]"; };
+  const auto in_line_mode = [&](const Shown& now) { return !on_screen(now); };
+  TerminalOptions options = wide();
+  options.startup = "DEFINE MACRO M AS \"CHANGE\"\n";
+  TerminalDriver terminal(options);
+  constexpr std::size_t kTimes = 25;
+  for (std::size_t i = 0; i < kTimes; ++i) {
+    terminal.type("M\n");
+    terminal.wait_until(on_screen, "  [EOB]\n");
+    terminal.type("\033OP\033OwM\rx\032y\032"); // inside the first visit, a second
+    terminal.wait_until(in_line_mode, "  line mode\n");
+  }
+  terminal.type("TYPE 1\n");
+  terminal.shows_text("1 " + std::string("xyxyxyxyxy"));
+  terminal.type("QUIT\n");
+  EXPECT_EQ(terminal.exit_status(), 0);
+  EXPECT_EQ(terminal.times_sent("\033>"), kTimes);
+  EXPECT_TRUE(terminal.has_its_modes());
+}
+
+// A command that reads lines reads them at the screen's prompt.
+TEST(Visits, CommandsThatReadLines) {
+  struct Case {
+    std::string typed, shown; // at the prompt, and then in the text
+  };
+  const std::vector<Case> cases{
+      {"INSERT\raa\rbb\r.\r", "bbone"},
+      {"INSERT\raa\r\032\r", "aaone"},
+      {"INSERT\raa\r\003", "aaone"},
+      {"INSERT\r\003\033[6~", "three"},
+      {"DEFINE MACRO M\rINSERT zz\rEND\r\033OP\033OwM\r", "zzone"},
+  };
+  for (const auto& [typed, shown] : cases) {
+    TerminalDriver terminal(wide());
+    enter_screen(terminal);
+    terminal.type("\033OP\033Ow" + typed);
+    terminal.shows_text(shown);
+  }
 }
