@@ -11,6 +11,7 @@
 #include <sys/select.h>
 #include <termios.h>
 #include <unistd.h>
+#include <utility>
 
 #include "app/console.h"
 #include "app/signals.h"
@@ -29,7 +30,8 @@ namespace {
 
 constexpr int kEscapeDelay = 25; // milliseconds in which a sequence that has begun goes on
 
-void wake_up(int) {} // the wait for a key ends and looks at the terminal's size
+void wake_up(int) {}         // the wait for a key ends and looks at the terminal's size
+void note_continuation(int); // defined below
 
 void handle(int signal, void (*handler)(int), int flags = 0) {
   struct sigaction action {};
@@ -107,6 +109,7 @@ class ScreenSignals {
     crash_exit().remember_modes();
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], nullptr, &outside_[i]);
     handle(SIGWINCH, wake_up);
+    handle(SIGCONT, note_continuation);
     if (outside_[kInterrupt].sa_handler == SIG_DFL) handle(SIGINT, note_ending_signal);
     for (std::size_t i = kInterrupt + 1; i < kSignals.size(); ++i) {
       if (outside_[i].sa_handler != SIG_DFL) continue;
@@ -120,9 +123,9 @@ class ScreenSignals {
   }
 
  private:
-  static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGINT,  SIGQUIT, SIGSEGV,
-                                       SIGBUS,  SIGFPE,   SIGABRT, SIGILL};
-  static constexpr std::size_t kInterrupt = 2;
+  static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGCONT, SIGINT,  SIGQUIT,
+                                       SIGSEGV, SIGBUS,   SIGFPE,  SIGABRT, SIGILL};
+  static constexpr std::size_t kInterrupt = 3;
   std::array<struct sigaction, kSignals.size()> outside_{};
   struct sigaction library_ {};
 };
@@ -139,6 +142,7 @@ struct Room {
   bool more_waits = false;     // the terminal had more than was read of it
   bool ended = false;
   bool interrupted = false;
+  volatile std::sig_atomic_t continued = 0; // after a stop
   std::uint64_t events = 0;
 };
 
@@ -146,6 +150,8 @@ Room& room() {
   static Room the_room;
   return the_room;
 }
+
+void note_continuation(int) { room().continued = 1; }
 
 void set_modes() {
   raw();
@@ -173,7 +179,6 @@ bool start_library() {
   room().own_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
   for (const char* name : {"sgr0", "rmcup", "rmkx"}) crash_exit().add(capability(name));
   if (room().own_numeric_mode) crash_exit().add("\033>");
-  room().reads_terminal = isatty(STDIN_FILENO) != 0;
   room().started = true;
   return true;
 }
@@ -232,7 +237,7 @@ class SignalPause {
   SignalPause() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGWINCH}) sigaddset(&signals, signal);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCONT, SIGWINCH}) sigaddset(&signals, signal);
     sigprocmask(SIG_BLOCK, &signals, &before_);
   }
   ~SignalPause() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
@@ -280,11 +285,11 @@ std::optional<int> wait_for_key() {
     if (const auto key = the.keys.next(the.ended)) return key;
   const SignalPause pause;
   while (g_zan_pending_signal == 0 && !the.ended) {
+    if (std::exchange(the.continued, 0) != 0) keypad(stdscr, TRUE); // the library leaves it off
     if (adopt_size()) return KEY_RESIZE;
     const bool begun = !the.keys.empty();
     const int ready = wait_for_input(pause.before(), begun ? kEscapeDelay : -1);
     if (ready > 0) read_input();
-    if (ready < 0) keypad(stdscr, TRUE); // the library leaves it off when the program goes on after a stop
     if (const auto key = the.keys.next(ready == 0 || the.ended)) return key;
   }
   the.ended = true;
@@ -313,6 +318,12 @@ void screen_flash() {
 }
 
 ScreenVisit::ScreenVisit(bool pc_keypad) {
+  if (room().visits == 0) {
+    room().reads_terminal = isatty(STDIN_FILENO) != 0;
+    // Lines typed ahead of the screen, while Return still is a line's end.
+    if (room().reads_terminal) read_waiting_input();
+    give_input(room().keys.take_rest());
+  }
   if (room().visits == 0 && !enter()) {
     report_failure();
     return;
@@ -359,7 +370,10 @@ bool take_interrupt() {
   return the.interrupted = the.keys.remove(kCtrlC);
 }
 
-void give_input(std::string_view bytes) { room().keys.feed(bytes); }
+void give_input(std::string bytes) {
+  if (room().reads_terminal) std::ranges::replace(bytes, '\n', '\r');
+  room().keys.feed(bytes);
+}
 
 std::string take_input() {
   std::string bytes = room().keys.take_rest();

@@ -54,8 +54,8 @@ bool screen_input_ended();
 void forget_interrupt();
 void note_interrupt();
 bool take_interrupt();
-// What is read ahead goes from line mode to the screen and back.
-void give_input(std::string_view bytes);
+// What is read ahead goes from line mode to the screen and back; of a terminal, Return is a line feed there.
+void give_input(std::string bytes);
 std::string take_input();
 // Grows with every key asked for and every bell: what a repetition does although the editor stays the same.
 std::uint64_t screen_events();

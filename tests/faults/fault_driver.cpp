@@ -9,8 +9,6 @@ namespace zan::test {
 
 namespace {
 
-constexpr int kShownFailures = 20; // more would only hide the first
-
 // Copies that every user may run, wherever the program was built.
 class Programs {
  public:
@@ -52,22 +50,6 @@ std::string bytes_at(const std::filesystem::directory_entry& entry) {
 }
 
 } // namespace
-
-bool long_form() {
-  const char* form = std::getenv("ZAN_PROMISES");
-  return form != nullptr && std::string_view(form) == "full";
-}
-
-Promise::~Promise() {
-  std::printf("PROMISE row=%d runs=%d failed=%d\n", row_, runs_, failed_);
-  std::fflush(stdout);
-}
-
-void Promise::ran(const std::string& what, const std::string& wrong) {
-  ++runs_;
-  if (wrong.empty()) return;
-  if (++failed_ <= kShownFailures) ADD_FAILURE() << what << ": " << wrong;
-}
 
 Stage::Stage() {
   std::filesystem::permissions(home_.path(), std::filesystem::perms(0755));

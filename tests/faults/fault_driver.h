@@ -6,30 +6,11 @@
 #include <vector>
 
 #include "tests/files/scratch_directory.h"
+#include "tests/promise.h"
 #include "tests/sessions/run_program.h"
 
 // Runs of the program under faults, and the count of what held.
 namespace zan::test {
-
-// The long form runs everything; the short one a part, chosen evenly.
-bool long_form();
-
-// The runs of one promise. Prints "PROMISE row=1 runs=200 failed=0" at its end.
-class Promise {
- public:
-  explicit Promise(int row) : row_(row) {}
-  ~Promise();
-  Promise(const Promise&) = delete;
-  Promise& operator=(const Promise&) = delete;
-
-  // One run: `wrong` says what did not hold; "": everything did.
-  void ran(const std::string& what, const std::string& wrong);
-
- private:
-  int row_;
-  int runs_ = 0;
-  int failed_ = 0;
-};
 
 // How a run is to go wrong; see the shim.
 struct Fault {

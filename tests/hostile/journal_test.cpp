@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/hostile/promise.h"
+#include "tests/hostile/sandbox.h"
 
 namespace {
 

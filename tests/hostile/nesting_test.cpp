@@ -1,7 +1,7 @@
 // Command files and macros that call themselves, each other, or a long row of others.
 #include <gtest/gtest.h>
 
-#include "tests/hostile/promise.h"
+#include "tests/hostile/sandbox.h"
 
 namespace {
 
@@ -73,7 +73,8 @@ TEST(Hostile, CallsThatNest) {
     std::vector<std::string> arguments = row.first;
     arguments.emplace_back("a.txt");
     if (row.first.empty()) input += call_of(kind(0), 0) + "\n";
-    promise.expect_answer(
-        box.run(arguments, "SET QUIET\n" + input + "TYPE WHOLE\n", std::string(kFewDescriptors)), row.what);
+    expect_answer(promise,
+                  box.run(arguments, "SET QUIET\n" + input + "TYPE WHOLE\n", std::string(kFewDescriptors)),
+                  row.what);
   }
 }

@@ -1,7 +1,7 @@
 // Numbers of every size in every place that reads one.
 #include <gtest/gtest.h>
 
-#include "tests/hostile/promise.h"
+#include "tests/hostile/sandbox.h"
 
 namespace {
 
@@ -83,7 +83,7 @@ TEST(Hostile, NumbersOfEverySize) {
       const std::string commands = replaced(std::string(place), "#", number) + "\nQUIT\n";
       box.clear();
       box.write("a.txt", kText);
-      promise.expect_answer(box.run({"a.txt"}, commands, std::string(kSmallFiles)), commands);
+      expect_answer(promise, box.run({"a.txt"}, commands, std::string(kSmallFiles)), commands);
     }
   }
 }
@@ -108,7 +108,8 @@ TEST(Hostile, TwoBillion) {
   for (const std::string_view commands : kCases) {
     box.clear();
     box.write("a.txt", kText);
-    promise.expect_answer(
+    expect_answer(
+        promise,
         box.run({"a.txt"}, std::string(commands) + "\n", std::string(kSmallFiles) + "; " + limited_memory()),
         std::string(commands));
   }

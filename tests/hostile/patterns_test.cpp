@@ -1,7 +1,7 @@
 // Patterns that make a matcher which tries everything run for ever.
 #include <gtest/gtest.h>
 
-#include "tests/hostile/promise.h"
+#include "tests/hostile/sandbox.h"
 
 namespace {
 
@@ -31,8 +31,8 @@ TEST(Hostile, PatternsOfManyStars) {
         commands += "FIND/BRIEF " + pattern + "\nBACKUP\nFNDNXT/NOTYPE\nADVANCE\n";
         commands += "SUBSTITUTE," + pattern + ",x,2/NOTYPE\nUNDO\n";
       }
-      promise.expect_answer(box.run({"a.txt"}, commands + "QUIT\n"),
-                            std::to_string(stars) + " stars on " + std::to_string(length));
+      expect_answer(promise, box.run({"a.txt"}, commands + "QUIT\n"),
+                    std::to_string(stars) + " stars on " + std::to_string(length));
     }
   }
 }
@@ -45,7 +45,7 @@ TEST(Hostile, PatternsOfAMegabyte) {
   box.write("a.txt", std::string(100000, 'a') + "\n" + std::string(kMegabyte, 'a') + "\n");
   for (std::size_t i = 0, parts = long_or_short(std::size(kParts), 3); i < parts; ++i) {
     const std::string pattern = repeated(kParts[i], kMegabyte / kParts[i].size());
-    promise.expect_answer(box.run({"a.txt"}, "FIND/BRIEF " + pattern + "\nBACKUP\nFNDNXT/NOTYPE\nQUIT\n"),
-                          "a megabyte of " + std::string(kParts[i]));
+    expect_answer(promise, box.run({"a.txt"}, "FIND/BRIEF " + pattern + "\nBACKUP\nFNDNXT/NOTYPE\nQUIT\n"),
+                  "a megabyte of " + std::string(kParts[i]));
   }
 }

@@ -3,7 +3,7 @@
 
 #include "files/output_file.h"
 #include "files/records.h"
-#include "tests/hostile/promise.h"
+#include "tests/hostile/sandbox.h"
 #include "text/text_buffer.h"
 
 namespace {

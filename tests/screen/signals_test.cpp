@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 #include <sys/wait.h>
 
+#include "tests/promise.h"
 #include "tests/screen/terminal_driver.h"
 
 // Signals, stops, new sizes and lost terminals, wherever the program waits for something.
@@ -221,13 +222,14 @@ TEST(EndOfInput, EndsTheProgram) {
       "</dev/null",
       "<&-",
   };
+  zan::test::Promise promise(10);
   for (const std::string& input : inputs) {
     SCOPED_TRACE(input);
     const zan::test::ScratchDirectory home;
     const std::string program = " TERM=xterm HOME=. timeout 20 " ZAN_PROGRAM " notes.txt >screen.out";
     const std::string line = input.ends_with('|') ? input + program : program + " " + input;
     const double before = children_seconds();
-    EXPECT_EQ(std::system(("cd " + home.path() + " && " + line).c_str()), 0);
+    promise.expect(std::system(("cd " + home.path() + " && " + line).c_str()) == 0, input);
     EXPECT_LT(children_seconds() - before, kLittle);
   }
 }
@@ -235,7 +237,12 @@ TEST(EndOfInput, EndsTheProgram) {
 class Signals : public testing::TestWithParam<Event> {};
 
 TEST_P(Signals, AtEveryPlace) {
-  for (const Place& place : kPlaces) expect_event_at(GetParam(), place);
+  const bool loses_terminal = GetParam().happens >= Happens::hang_up;
+  zan::test::Promise promise(loses_terminal ? 10 : 9);
+  for (const Place& place : kPlaces) {
+    expect_event_at(GetParam(), place);
+    promise.expect(!HasFailure(), place.name);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Signals, testing::ValuesIn(kEvents),

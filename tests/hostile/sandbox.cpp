@@ -1,6 +1,5 @@
-#include "tests/hostile/promise.h"
+#include "tests/hostile/sandbox.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -10,8 +9,7 @@
 namespace fs = std::filesystem;
 
 std::size_t long_or_short(std::size_t full, std::size_t brief) {
-  const char* form = std::getenv("ZAN_PROMISES");
-  return form != nullptr && std::string_view(form) == "full" ? full : brief;
+  return zan::test::long_form() ? full : brief;
 }
 
 bool answered(const RunResult& result) {
@@ -20,21 +18,9 @@ bool answered(const RunResult& result) {
   return ended && !said("fatal:") && !said("runtime error") && !said("Sanitizer");
 }
 
-Promise::~Promise() {
-  std::printf("PROMISE row=%d runs=%zu failed=%zu\n", row_, runs_, failed_);
-  std::fflush(stdout);
-}
-
-void Promise::expect(bool holds, const std::string& what) {
-  ++runs_;
-  if (holds) return;
-  ++failed_;
-  ADD_FAILURE() << what;
-}
-
-void Promise::expect_answer(const RunResult& result, const std::string& what) {
-  expect(answered(result),
-         what + "\nstatus " + std::to_string(result.status) + "\n" + result.errors.substr(0, 2000));
+void expect_answer(Promise& promise, const RunResult& result, const std::string& what) {
+  promise.expect(answered(result),
+                 what + "\nstatus " + std::to_string(result.status) + "\n" + result.errors.substr(0, 2000));
 }
 
 Sandbox::Sandbox() { fs::create_directory(home_.path() + "/work"); }

@@ -7,33 +7,18 @@
 #include <string_view>
 #include <vector>
 
+#include "tests/promise.h"
 #include "tests/sessions/run_program.h"
 
-// What the tests of this folder share: each runs many cases of one promise, and prints at its end how many
-// there were and how many were broken.
+// What the tests of this folder share.
 
-// The long form, with ZAN_PROMISES=full in the environment, takes hours where the short one takes seconds.
 std::size_t long_or_short(std::size_t full, std::size_t brief);
 
 // The program came to its end: no signal, deadline or sanitizer ended it, and it did not give up.
 bool answered(const RunResult& result);
 
-class Promise {
- public:
-  explicit Promise(int row) : row_(row) {}
-  ~Promise(); // prints
-  Promise(const Promise&) = delete;
-  Promise& operator=(const Promise&) = delete;
-
-  // One case. One that does not hold is a failure of the test, told as `what`.
-  void expect(bool holds, const std::string& what);
-  void expect_answer(const RunResult& result, const std::string& what);
-
- private:
-  int row_;
-  std::size_t runs_ = 0;
-  std::size_t failed_ = 0;
-};
+using zan::test::Promise;
+void expect_answer(Promise& promise, const RunResult& result, const std::string& what);
 
 // Runs of the program in a directory of their own.
 class Sandbox {

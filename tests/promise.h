@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <string>
+#include <string_view>
+
+// What tests share that run many cases of one promise; scripts/promises counts them for docs/promises.md.
+namespace zan::test {
+
+// With ZAN_PROMISES=full in the environment all cases are run, otherwise a part, chosen evenly.
+inline bool long_form() {
+  const char* form = std::getenv("ZAN_PROMISES");
+  return form != nullptr && std::string_view(form) == "full";
+}
+
+// The runs of one promise: a row of the table. Prints "PROMISE row=1 runs=200 failed=0" at its end.
+class Promise {
+ public:
+  explicit Promise(int row) : row_(row) {}
+  ~Promise() {
+    std::printf("PROMISE row=%d runs=%zu failed=%zu\n", row_, runs_, failed_);
+    std::fflush(stdout);
+  }
+  Promise(const Promise&) = delete;
+  Promise& operator=(const Promise&) = delete;
+
+  // One run. What does not hold is a failure of the test, told as `what`; many would only hide the first.
+  void expect(bool holds, const std::string& what) {
+    ++runs_;
+    if (holds) return;
+    if (++failed_ <= kShownFailures) ADD_FAILURE() << what;
+  }
+  // The same, where `wrong` says what did not hold; "": everything did.
+  void ran(const std::string& what, const std::string& wrong) { expect(wrong.empty(), what + ": " + wrong); }
+
+ private:
+  static constexpr std::size_t kShownFailures = 20;
+  int row_;
+  std::size_t runs_ = 0;
+  std::size_t failed_ = 0;
+};
+
+} // namespace zan::test
