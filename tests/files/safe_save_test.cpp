@@ -3,10 +3,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <random>
-#include <sys/mount.h>
 #include <sys/resource.h>
-#include <sys/wait.h>
 #if defined(__linux__)
 #include <sys/xattr.h>
 #endif
@@ -252,17 +249,6 @@ TEST(SafeSave, FileSizeLimit) {
   std::signal(SIGXFSZ, old_action);
 }
 
-#if defined(__linux__)
-TEST(SafeSave, FullDisk) {
-  const ScratchDirectory dir;
-  if (::mount("none", dir.path().c_str(), "tmpfs", 0, "size=256k") != 0) GTEST_SKIP() << "cannot mount";
-  make_old_files(dir.path());
-  expect_nothing_is_lost(dir.path());
-  EXPECT_EQ(save(dir / "old", "fits"), SaveResult::saved);
-  EXPECT_EQ(::umount2(dir.path().c_str(), MNT_DETACH), 0);
-}
-#endif
-
 TEST(SafeSave, NewVersionOverwritesNothing) {
   const ScratchDirectory dir;
   EXPECT_EQ(save(dir / "f;1", "one", SaveMode::create_exclusively), SaveResult::saved);
@@ -293,62 +279,6 @@ TEST(SafeSave, VersionNamesThatAreNoFreeNames) {
   path = dir / "f;2";
   EXPECT_FALSE(zan::save_output(path, source_of("x")));
   EXPECT_EQ(dir.names(), (Names{"f;1", "f;2", "target"}));
-}
-
-// Runs `work` in a child that is killed, by itself or after `wait` has returned.
-template <typename Work, typename Wait> void run_and_kill(Work&& work, Wait&& wait) {
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    work();
-    ::_exit(0);
-  }
-  wait();
-  ::kill(child, SIGKILL);
-  ::waitpid(child, nullptr, 0);
-}
-
-TEST(SafeSave, KilledWhileTheTextIsWritten) {
-  const ScratchDirectory dir;
-  write_file(dir / "f", "old");
-  for (const std::size_t reached : {std::size_t{0}, std::size_t{300000}, kLong.size()}) {
-    for (const char* name : {"f", "new"}) {
-      run_and_kill(
-          [&] {
-            const auto source = [&](zan::BlockWriter& out) {
-              out.put(kLong.substr(0, reached));
-              out.flush();
-              return std::raise(SIGKILL) == 0;
-            };
-            zan::save_file(dir / name, source, SaveMode::replace);
-          },
-          [] {});
-    }
-    EXPECT_EQ(read_file(dir / "f"), "old");
-    EXPECT_EQ(read_file(dir / "new"), "(none)");
-  }
-}
-
-TEST(SafeSave, KilledAtAnyInstant) {
-  const ScratchDirectory dir;
-  const std::string texts[] = {std::string(200000000, 'a'), std::string(150000000, 'b')};
-  ASSERT_EQ(save(dir / "f", texts[0]), SaveResult::saved);
-  std::minstd_rand random(1);
-  for (int round = 0; round < 6; ++round) {
-    run_and_kill(
-        [&] {
-          for (unsigned turn = 0;; ++turn) save(dir / "f", texts[turn % 2]);
-        },
-        [&] {
-          for (auto look = random() % 300000; look > 0; --look) stat_of(dir / "f");
-        });
-    const std::string found = read_file(dir / "f");
-    ASSERT_TRUE(found == texts[0] || found == texts[1])
-        << "round " << round << ": " << found.size() << " bytes";
-    for (const std::string& name : dir.names()) { // what the killed save was writing
-      if (name != "f") std::filesystem::remove(dir / name);
-    }
-  }
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include <random>
 
+#include "fuzz/naive_search.h"
 #include "text/bytes.h"
 
 using zan::Pattern;
@@ -12,41 +13,12 @@ namespace {
 
 constexpr std::int64_t kNone = -1;
 
-// The matcher as it is explained to users: element by element, a star trying ever longer runs.
-std::int64_t plain_match(std::string_view p, std::string_view t) {
-  const auto rest = [&](std::size_t taken) {
-    const std::int64_t r = t.empty() ? kNone : plain_match(p.substr(taken), t.substr(1));
-    return r < 0 ? kNone : r + 1;
-  };
-  if (p.empty()) return 0;
-  if (p == "$") return t.empty() ? 0 : kNone;
-  if (p[0] == '\\') return p.size() < 2 || t.empty() || t[0] != p[1] ? kNone : rest(2);
-  if (p[0] == '*') {
-    while (!p.empty() && p[0] == '*') p.remove_prefix(1);
-    for (std::size_t i = 0; i <= t.size(); ++i)
-      if (const std::int64_t r = plain_match(p, t.substr(i)); r >= 0) return r + static_cast<std::int64_t>(i);
-    return kNone;
-  }
-  if (p[0] == '[') {
-    std::size_t at = 1;
-    const bool negated = at < p.size() && p[at] == '^';
-    if (negated) ++at;
-    bool found = false;
-    for (; at < p.size() && p[at] != ']'; ++at) {
-      const bool range = at + 2 < p.size() && p[at + 1] == '-' && p[at + 2] != ']';
-      const char high = range ? p[at + 2] : p[at];
-      if (!t.empty() && zan::to_byte(p[at]) <= zan::to_byte(t[0]) && zan::to_byte(t[0]) <= zan::to_byte(high))
-        found = true;
-      if (range) at += 2;
-    }
-    return found == negated ? kNone : rest(std::min(at + 1, p.size()));
-  }
-  if (p[0] == '%' || p[0] == '?') return rest(1);
-  return t.empty() || t[0] != p[0] ? kNone : rest(1);
-}
-
 std::int64_t column(const std::optional<std::size_t>& found) {
   return found ? static_cast<std::int64_t>(*found) : kNone;
+}
+
+std::int64_t plain_match(std::string_view elements, std::string_view text) {
+  return column(zan::fuzz::match_here(elements, text));
 }
 
 } // namespace
