@@ -1,244 +1,18 @@
-#include "text/line_store.h"
-
-#include <gtest/gtest.h>
-
 #include <algorithm>
+#include <gtest/gtest.h>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "tests/text/store_play.h"
+
 namespace zan {
 namespace {
 
-// The plain model of a text: one symbol per byte, and one beyond all bytes for the end of a line.
-constexpr char16_t kBreak = 256;
-using Model = std::u16string;
-
-Model model_of(std::string_view bytes, bool breaks) {
-  Model model;
-  for (const char c : bytes) model += breaks && c == '\n' ? kBreak : static_cast<unsigned char>(c);
-  return model;
-}
-
-std::string bytes_of_model(const Model& model) {
-  std::string bytes;
-  for (const char16_t symbol : model) bytes += symbol == kBreak ? '\n' : static_cast<char>(symbol);
-  return bytes;
-}
-
-std::vector<std::string> lines_of(const Model& model) {
-  std::vector<std::string> lines(1);
-  for (const char16_t symbol : model) {
-    if (symbol == kBreak) {
-      lines.emplace_back();
-    } else {
-      lines.back() += static_cast<char>(symbol);
-    }
-  }
-  return lines;
-}
-
-std::vector<std::string> walked_lines(const LineStore& store, std::uint64_t first = 0) {
-  std::vector<std::string> lines;
-  LineWalker walker(store, first);
-  for (std::string_view line; walker.next(line);) lines.emplace_back(line);
-  return lines;
-}
-
-// What both directions of a walk over [begin, end) give; each chunk is checked against its offset.
-std::string walked_bytes(const LineStore& store, std::uint64_t begin, std::uint64_t end, bool forward) {
-  std::string bytes;
-  PieceWalker walker(store, begin, end);
-  for (Chunk chunk; forward ? walker.next(chunk) : walker.previous(chunk);) {
-    EXPECT_EQ(chunk.offset, forward ? begin + bytes.size() : end - bytes.size() - chunk.bytes.size());
-    EXPECT_FALSE(chunk.bytes.empty());
-    bytes.insert(forward ? bytes.size() : 0, chunk.bytes);
-  }
-  return bytes;
-}
-
-struct Text {
-  LineStore store;
-  Model model;
-};
-
-// Random edits of several texts that take pieces from each other, as copies, snapshots and PASTE buffers do.
-class Play {
- public:
-  explicit Play(std::uint32_t seed) : random_(seed), texts_(4) {}
-
-  void step() {
-    Text& text = texts_[below(texts_.size())];
-    const std::uint64_t begin = below(text.model.size() + 1);
-    const std::uint64_t end = begin + below(std::min<std::uint64_t>(text.model.size() - begin, 300) + 1);
-    switch (below(12)) {
-    case 0:
-      insert(text, begin, some_bytes(40), true);
-      break;
-    case 1:
-      insert(text, begin, some_bytes(40), false);
-      break;
-    case 2:
-      type(text, begin);
-      break;
-    case 3:
-      insert(text, begin, some_bytes(below(20) == 0 ? 3000 : 200), true);
-      break;
-    case 4:
-      erase(text, begin, end);
-      break;
-    case 5:
-      erase(text, begin, begin + 1);
-      break;
-    case 6:
-      text = texts_[below(texts_.size())];
-      break;
-    case 7:
-      insert_store(text, begin);
-      break;
-    case 8:
-      texts_[below(texts_.size())] = part(text, begin, end + 600);
-      break;
-    case 9:
-      rebuild(text);
-      break;
-    case 10:
-      move(text, begin, end);
-      break;
-    case 11:
-      check_places(text, begin, end);
-      break;
-    }
-    if (text.model.size() > 20000) erase(text, 500, text.model.size() - 700);
-    if (below(200) == 0) make_plain(text);
-  }
-
-  void check_all() const {
-    for (const Text& text : texts_) check(text);
-  }
-
- private:
-  std::uint64_t below(std::uint64_t limit) { return random_() % limit; }
-
-  std::string some_bytes(std::uint64_t limit) {
-    static constexpr std::string_view kAlphabet("ab\n\r\0\n\xff xyz", 11);
-    std::string bytes(below(limit), ' ');
-    for (char& c : bytes) c = kAlphabet[below(kAlphabet.size())];
-    return bytes;
-  }
-
-  void insert(Text& text, std::uint64_t at, const std::string& bytes, bool breaks) {
-    if (breaks) {
-      text.store.insert_text(at, bytes);
-    } else {
-      text.store.insert_bytes(at, bytes);
-    }
-    text.model.insert(at, model_of(bytes, breaks));
-  }
-
-  void type(Text& text, std::uint64_t at) {
-    for (const char c : some_bytes(30)) insert(text, at++, std::string(1, c), true);
-    for (std::uint64_t back = std::min(at, below(20)); back > 0; --back, --at) erase(text, at - 1, at);
-    insert(text, at, "!", false);
-  }
-
-  void erase(Text& text, std::uint64_t begin, std::uint64_t end) {
-    text.store.erase(begin, end);
-    text.model.erase(begin, end - begin);
-  }
-
-  static Text part(const Text& text, std::uint64_t begin, std::uint64_t end) {
-    return {text.store.substore(begin, end), text.model.substr(begin, end - begin)};
-  }
-
-  void insert_store(Text& text, std::uint64_t at) {
-    const std::uint64_t source = below(texts_.size()); // often the text itself
-    text.store.insert(at, texts_[source].store);
-    text.model.insert(at, Model(texts_[source].model));
-  }
-
-  void move(Text& text, std::uint64_t begin, std::uint64_t end) {
-    const Text moved = part(text, begin, end);
-    erase(text, begin, end);
-    const std::uint64_t to = below(3) == 0 ? begin : below(text.model.size() + 1);
-    text.store.insert(to, moved.store);
-    text.model.insert(to, moved.model);
-  }
-
-  void make_plain(Text& text) {
-    text.store = text.store.with_literals_as_breaks();
-    std::ranges::replace(text.model, u'\n', kBreak);
-    EXPECT_FALSE(text.store.holds_literal_breaks());
-  }
-
-  void rebuild(Text& text) {
-    LineStoreBuilder builder;
-    Model model;
-    for (std::uint64_t i = below(8); i > 0; --i) {
-      const Text& source = texts_[below(texts_.size())];
-      const std::uint64_t begin = below(source.model.size() + 1);
-      const Text taken = part(source, begin, begin + below(3000));
-      const std::string bytes = some_bytes(60);
-      builder.append(source.store, begin, begin + taken.model.size());
-      builder.append_bytes(bytes);
-      builder.append_text(bytes);
-      builder.append_break();
-      builder.append(taken.store);
-      model += taken.model + model_of(bytes, false) + model_of(bytes, true) + kBreak + taken.model;
-    }
-    text = {builder.finish(), model};
-    EXPECT_TRUE(builder.finish().empty());
-  }
-
-  static void check_places(const Text& text, std::uint64_t begin, std::uint64_t end) {
-    const LineStore& store = text.store;
-    const std::string bytes = bytes_of_model(text.model).substr(begin, end - begin);
-    ASSERT_EQ(store.slice(begin, end).get(), bytes);
-    ASSERT_EQ(walked_bytes(store, begin, end, true), bytes);
-    ASSERT_EQ(walked_bytes(store, begin, end, false), bytes);
-    const Model before = text.model.substr(0, begin);
-    const auto row = static_cast<std::uint64_t>(std::ranges::count(before, kBreak));
-    const Position at{row, before.size() - (before.rfind(kBreak) + 1)};
-    ASSERT_EQ(store.position_of(begin), at);
-    ASSERT_EQ(store.offset_of(at), begin);
-    ASSERT_EQ(store.offset_of({row, ~std::uint64_t{0}}),
-              std::min(text.model.find(kBreak, begin), text.model.size()));
-    if (begin < end) {
-      ASSERT_EQ(store.byte_at(begin), bytes[0]);
-    }
-  }
-
-  static void check(const Text& text) {
-    const std::vector<std::string> lines = lines_of(text.model);
-    ASSERT_EQ(text.store.byte_count(), text.model.size());
-    ASSERT_EQ(text.store.line_count(), lines.size());
-    ASSERT_EQ(walked_lines(text.store), lines);
-    for (std::uint64_t row = 0; row < lines.size(); row += 1 + lines.size() / 20)
-      ASSERT_EQ(text.store.line(row).get(), lines[row]) << row;
-    ASSERT_EQ(text.store.to_string(), bytes_of_model(text.model));
-    ASSERT_EQ(text.store.ends_with_break(), !text.model.empty() && text.model.back() == kBreak);
-    ASSERT_TRUE(text.store.holds_literal_breaks() || text.model.find(u'\n') == Model::npos);
-    ASSERT_TRUE(text.store.may_hold_returns() || text.model.find(u'\r') == Model::npos);
-    LineStoreBuilder builder;
-    for (std::size_t row = 0; row < lines.size(); ++row) {
-      if (row > 0) builder.append_break();
-      builder.append_bytes(lines[row]);
-    }
-    LineStore same = builder.finish();
-    ASSERT_TRUE(same == text.store);
-    if (text.model.empty()) return;
-    same.insert_text(same.byte_count(), "#");
-    same.erase(0, 1);
-    ASSERT_FALSE(same == text.store);
-  }
-
-  std::mt19937 random_;
-  std::vector<Text> texts_;
-};
-
 TEST(LineStore, BehavesAsAPlainListOfLines) {
-  Play play(20240607);
-  for (int i = 0; i < 25000 && !testing::Test::HasFatalFailure(); ++i) {
+  std::mt19937 random(20240607);
+  test::Play play([&] { return random(); });
+  for (int i = 0; i < 25000; ++i) {
     play.step();
     if (i % 100 == 0) play.check_all();
   }
@@ -250,12 +24,12 @@ TEST(LineStore, IsOneEmptyLineAtFirstAndClampsPlaces) {
   EXPECT_EQ(store.line_count(), 1u);
   EXPECT_TRUE(store.empty());
   EXPECT_EQ(store.line(0).get(), "");
-  EXPECT_EQ(walked_lines(store), std::vector<std::string>{""});
-  EXPECT_TRUE(walked_lines(store, 1).empty());
+  EXPECT_EQ(test::walked_lines(store), std::vector<std::string>{""});
+  EXPECT_TRUE(test::walked_lines(store, 1).empty());
   EXPECT_EQ(store, LineStore::from_text(""));
 
   store.insert_text(99, "ab\ncd\n");
-  EXPECT_EQ(walked_lines(store, 1), (std::vector<std::string>{"cd", ""}));
+  EXPECT_EQ(test::walked_lines(store, 1), (std::vector<std::string>{"cd", ""}));
   EXPECT_EQ(store.line(3).get(), "");
   EXPECT_EQ(store.line_start(3), 6u);
   EXPECT_EQ(store.line_end(99), 6u);
