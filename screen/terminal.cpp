@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <fcntl.h>
 #include <string>
 #include <string_view>
 #include <sys/ioctl.h>
@@ -15,6 +16,7 @@
 
 #include "app/console.h"
 #include "app/signals.h"
+#include "files/unique_fd.h"
 #include "screen/curses.h"
 #include "screen/draw.h"
 #include "screen/key_decoder.h"
@@ -162,6 +164,17 @@ void set_modes() {
   typeahead(-1);        // a drawing is whole: who waits for it decides whether it is made
 }
 
+// Until it has been suspended once, the library sends every row by itself; suspended and resumed by the first
+// drawing, it sends a whole screen at once. What it would send for that goes nowhere: nothing has been drawn.
+void suspend_unseen() {
+  const UniqueFd terminal(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  const UniqueFd nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
+  if (!terminal || !nowhere) return;
+  dup2(nowhere.get(), STDOUT_FILENO);
+  endwin();
+  dup2(terminal.get(), STDOUT_FILENO);
+}
+
 bool start_library() {
   room().signals.set_aside();
   const ScopedLocale locale(unicode_locale());
@@ -174,6 +187,7 @@ bool start_library() {
     room().signals.give_back();
     return false;
   }
+  suspend_unseen();
   set_modes();
   repair_key_sequences();
   room().own_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
