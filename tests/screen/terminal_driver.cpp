@@ -120,7 +120,7 @@ TerminalDriver::TerminalDriver(const TerminalOptions& options)
   const rlimit no_core{};
   setrlimit(RLIMIT_CORE, &no_core);
   if (options.job) become_job();
-  if (options.ignores_hangup) std::signal(SIGHUP, SIG_IGN);
+  std::signal(SIGHUP, options.ignores_hangup ? SIG_IGN : SIG_DFL);
   execute(home_.path(), options.term);
 }
 

@@ -89,7 +89,7 @@ class Running {
       dup2(out[1], STDOUT_FILENO);
       for (const int end : {in[0], in[1], out[0], out[1]}) close(end);
     }
-    if (on == On::terminal_under_nohup) std::signal(SIGHUP, SIG_IGN);
+    std::signal(SIGHUP, on == On::terminal_under_nohup ? SIG_IGN : SIG_DFL);
     become(home, arguments);
   }
   ~Running() {
