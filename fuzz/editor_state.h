@@ -8,9 +8,6 @@
 #include "app/editor.h"
 #include "fuzz/input.h"
 
-// The screen library keeps what it has allocated for a screen that it could not start.
-extern "C" inline const char* __lsan_default_suppressions() { return "leak:new_prescr\nleak:newterm\n"; }
-
 namespace zan::fuzz {
 
 // An editor on a text, as it is after start-up, without a file.

@@ -41,7 +41,7 @@ bool macro_is_refused(Editor& editor) {
 } // namespace
 
 // What the screen library keeps of a terminal that it could not start.
-extern "C" const char* __lsan_default_suppressions() { return "leak:newterm"; }
+extern "C" const char* __lsan_default_suppressions() { return "leak:newterm\nleak:new_prescr"; }
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const zan::test::ScratchDirectory scratch;
