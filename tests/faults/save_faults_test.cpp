@@ -299,7 +299,7 @@ TEST(Shim, KnowsEveryFileCall) {
        ZAN_PROGRAM, ZAN_FAULT_SHIM,
        "(f?open|openat|creat|close|p?readv?|p?writev?|fsync|fdatasync|(f|posix_f)?(truncate|allocate)|"
        "lseek|(f|l)?(chmod|chown)(at)?|_*[fl]?x?stat(at)?|statx|readlink(at)?|rename(at2?)?|"
-       "link(at)?|symlink(at)?|unlink(at)?|remove|mkdir(at)?|mk(o)?stemps?|[fl]?(set|get|list|remove)xattr|"
+       "link(at)?|symlink(at)?|unlink(at)?|remove|mk(o)?stemps?|[fl]?(set|get|list|remove)xattr|"
        "copy_file_range|sendfile|splice|system)(64)?"},
       {{"PATH", "/usr/bin:/bin"}}, stage.home("."), "");
   EXPECT_EQ(missing.status, 0) << missing.errors;
