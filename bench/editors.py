@@ -7,6 +7,7 @@ import terminal
 
 NEEDLE, WORD, OTHER_WORD = (text.decode() for text in (files.NEEDLE, files.WORD, files.OTHER_WORD))
 SAVED = "saved.txt"
+SETTINGS = "dte.rc"
 NEW_LINE = "a line that is new"
 PAUSE = terminal.PAUSE.decode("latin-1")
 PATTERN = "t.*[0-9].[!@]"  # matches nowhere
@@ -45,6 +46,12 @@ class Editor:
         """The keys for these things, one after the other; None when it cannot do one of them."""
         texts = [getattr(self, name) for name in names]
         return None if None in texts else "".join(texts).format(**places).encode("latin-1")
+
+
+def write_settings():
+    """For dte, which opens nothing above a quarter of a gigabyte unless it is told to."""
+    with open(SETTINGS, "w") as file:
+        file.write("set filesize-limit 4000\n")
 
 
 def vi(name, command, synced):
@@ -110,7 +117,7 @@ def table(zan):
                edit=ne("GotoLine {line}") + "+", page="\x1b[6~"),
         # It takes text that comes together for a paste, even where commands are typed; so the commands are put on
         # keys that it has for other things.
-        Editor("dte", ["dte", "-R", "-H", "-c", ";".join([
+        Editor("dte", ["dte", "-r", SETTINGS, "-H", "-c", ";".join([
                     "bind M-1 'quit -f'", f"bind M-2 \"search '{NEEDLE}'\"",
                     f"bind M-3 \"set case-sensitive-search false; search '{NEEDLE.upper()}'\"",
                     f"bind M-4 \"set case-sensitive-search true; search '{PATTERN}'\"",

@@ -1,5 +1,6 @@
 #include "screen/draw.h"
 
+#include <algorithm>
 #include <cwchar>
 #include <langinfo.h>
 
@@ -20,18 +21,31 @@ std::vector<Row>& window_rows() {
   return rows;
 }
 
-// Row by row from the top, each cleared first: what does not fit never spills onto a row that is drawn.
+// The bytes of ASCII, and so the columns, with which both rows begin.
+std::size_t common_columns(const Row& a, const Row& b) {
+  if (a.empty() || b.empty() || a.front().reverse != b.front().reverse) return 0;
+  const std::string& text = b.front().text;
+  const auto differs = std::ranges::mismatch(a.front().text, text).in2;
+  const auto beyond = std::find_if(text.begin(), differs, [](char c) { return c < ' ' || c > '~'; });
+  return static_cast<std::size_t>(beyond - text.begin());
+}
+
+// Row by row from the top, each cleared from the first change on: what does not fit never spills onto a row
+// that is drawn.
 void put_row(int row, const Row& runs) {
   std::vector<Row>& rows = window_rows();
   const auto index = static_cast<std::size_t>(row);
   if (index >= rows.size()) rows.resize(index + 1);
-  if (rows[index] == runs || wmove(stdscr, row, 0) == ERR) return;
+  if (rows[index] == runs) return;
+  std::size_t unchanged = common_columns(rows[index], runs);
+  if (wmove(stdscr, row, static_cast<int>(unchanged)) == ERR) return;
   rows[index] = runs;
   wclrtoeol(stdscr);
   for (const Run& run : runs) {
     if (run.reverse) wattr_on(stdscr, A_REVERSE, nullptr);
-    waddnstr(stdscr, run.text.data(), static_cast<int>(run.text.size()));
+    waddnstr(stdscr, run.text.data() + unchanged, static_cast<int>(run.text.size() - unchanged));
     if (run.reverse) wattr_off(stdscr, A_REVERSE, nullptr);
+    unchanged = 0;
   }
 }
 

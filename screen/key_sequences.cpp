@@ -2,7 +2,7 @@
 
 #include <array>
 #include <cstdlib>
-#include <string>
+#include <string_view>
 
 #include "screen/curses.h"
 #include "screen/keys.h"
@@ -77,22 +77,45 @@ void bind_spare(const char* bytes, int key) {
 }
 
 // Keys that no function belongs to: function keys, the centre of the keypad, and keys with Shift, Alt or
-// Ctrl, as "ESC [ 1 ; 5 A" and "ESC [ 3 ; 2 ~" or, in another tradition, "ESC O a" and "ESC [ 3 ^".
-void ignore_other_keys() {
-  const auto ignore = [](const std::string& bytes) { bind_spare(bytes.c_str(), kIgnored); };
-  for (int number = 1; number <= 34; ++number) {
-    const std::string start = "\033[" + std::to_string(number);
-    for (const char* const last : {"~", "^", "$", "@"}) ignore(start + last);
-    for (int modifier = 2; modifier <= 16; ++modifier) ignore(start + ';' + std::to_string(modifier) + '~');
+// Ctrl, as "ESC [ 1 ; 5 A" and "ESC [ 3 ; 2 ~" or, in another tradition, "ESC O a" and "ESC [ 3 ^". There are
+// about a thousand, too many to teach the library at every start.
+struct OtherKeys {
+  std::string_view start;
+  std::string_view last; // one of these bytes ends the sequence
+};
+constexpr char kNumber = 'N';   // in `start`: a number from 1 to 34
+constexpr char kModifier = 'M'; // a number from 2 to 16
+constexpr auto kOtherKeys = std::to_array<OtherKeys>({
+    {"\033[N", "~^$@"},
+    {"\033[N;M", "~"},
+    {"\033[1;M", "ABCDEFHPQRS"},
+    {"\033OM", "ABCDEFGHIJKLMNOPQRSTUVWXYZjklmnopqrstuvwxy"},
+    {"\033O", "EI abcd"},
+    {"\033[", "EGLabcd"},
+    {"\033[[", "E"},
+});
+
+// As KeyDecoder::Meaning.
+int meaning_among(const OtherKeys& keys, std::string_view sequence) {
+  for (const char part : keys.start) {
+    if (sequence.empty()) return -1;
+    if (part != kNumber && part != kModifier) {
+      if (sequence.front() != part) return 0;
+      sequence.remove_prefix(1);
+      continue;
+    }
+    const int lowest = part == kNumber ? 1 : 2;
+    const int highest = part == kNumber ? 34 : 16;
+    int number = 0;
+    while (!sequence.empty() && sequence.front() >= '0' && sequence.front() <= '9') {
+      number = number * 10 + (sequence.front() - '0');
+      if (number == 0 || number > highest) return 0;
+      sequence.remove_prefix(1);
+    }
+    if (number < lowest && !(sequence.empty() && number > 0)) return 0; // "1" may become "16"
   }
-  for (int modifier = 2; modifier <= 16; ++modifier)
-    for (const char last : std::string("ABCDEFHPQRS")) ignore("\033[1;" + std::to_string(modifier) + last);
-  for (const char last : std::string("EI abcd")) ignore(std::string("\033O") + last);
-  for (int modifier = 2; modifier <= 16; ++modifier)
-    for (char last = 'A'; last <= 'y'; ++last)
-      if (last <= 'Z' || last >= 'j') ignore("\033O" + std::to_string(modifier) + last);
-  for (const char last : std::string("EGLabcd")) ignore(std::string("\033[") + last);
-  ignore("\033[[E");
+  if (sequence.empty()) return -1;
+  return sequence.size() == 1 && keys.last.find(sequence.front()) != std::string_view::npos ? kIgnored : 0;
 }
 
 // Ctrl/Z is the suspend key of some descriptions, Return the Enter key of others. Arrows and Backspace that
@@ -119,7 +142,6 @@ void repair_key_sequences() {
   free_control_characters();
   for (const auto& [bytes, key] : kFunctionKeys) bind(bytes, key);
   for (const auto& [bytes, key] : kSpareKeys) bind_spare(bytes, key);
-  ignore_other_keys();
 }
 
 void register_key_sequences(bool pc_keypad) {
@@ -128,6 +150,15 @@ void register_key_sequences(bool pc_keypad) {
   for (const auto& [bytes, key] : kKeypad) bind(bytes, key);
   if (!pc_keypad) return;
   for (const auto& [bytes, key] : kPcKeypad) bind(bytes, key);
+}
+
+int key_meaning(const char* sequence) {
+  int meaning = key_defined(sequence);
+  for (const OtherKeys& keys : kOtherKeys) {
+    if (meaning != 0) break;
+    meaning = meaning_among(keys, sequence);
+  }
+  return meaning;
 }
 
 } // namespace zan

@@ -7,4 +7,7 @@ namespace zan {
 void repair_key_sequences();
 void register_key_sequences(bool pc_keypad);
 
+// As KeyDecoder::Meaning: what the library has been taught, or that no function belongs to the key.
+int key_meaning(const char* sequence);
+
 } // namespace zan

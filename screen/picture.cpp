@@ -69,8 +69,14 @@ void put_byte(RowCells& cells, char c, bool utf8, bool reverse) {
   else cells.put_each(visible_byte(c), reverse);
 }
 
-// Text of one column a byte, most of what is ever shown, needs no look at each column.
-std::vector<Run> ascii_runs(std::string_view text, std::size_t reverse_begin, std::size_t reverse_end) {
+// Text of one column a byte, most of what is ever shown, needs no cell for each column.
+bool is_ascii(std::string_view text) {
+  return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
+}
+
+std::vector<Run> ascii_runs(std::string_view text, std::size_t reverse_begin, std::size_t reverse_end,
+                            int columns) {
+  text = text.substr(0, static_cast<std::size_t>(std::max(columns, 0)));
   reverse_end = std::min(reverse_end, text.size());
   reverse_begin = std::min(reverse_begin, reverse_end);
   std::vector<Run> runs;
@@ -123,6 +129,7 @@ std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row, std::uint6
 
 // A text of the program's own, in which characters stand side by side.
 std::vector<Run> plain_runs(const ScreenView& view, std::string_view text) {
+  if (is_ascii(text)) return ascii_runs(text, 0, 0, view.columns);
   RowCells cells(view.columns);
   while (!text.empty()) {
     const auto [code, length] = view.width != nullptr ? utf8_character(text) : Utf8Character{};
@@ -215,10 +222,7 @@ Picture make_picture(const ScreenView& view) {
 
 std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
                               int columns, CharacterWidth width) {
-  if (std::ranges::all_of(bytes, [](char c) { return c >= ' ' && c <= '~'; })) {
-    bytes = bytes.substr(0, static_cast<std::size_t>(std::max(columns, 0)));
-    return ascii_runs(bytes, reverse_begin, reverse_end);
-  }
+  if (is_ascii(bytes)) return ascii_runs(bytes, reverse_begin, reverse_end, columns);
   const auto reversed = [&](std::size_t i) { return i >= reverse_begin && i < reverse_end; };
   RowCells cells(columns);
   for (std::size_t i = 0; i < bytes.size();) {

@@ -346,7 +346,7 @@ ScreenVisit::ScreenVisit(bool pc_keypad) {
   ++room().visits;
   // In nokeypad mode too: the keypad's Enter ends the prompt, and no key leaves its sequence in the answer.
   register_key_sequences(pc_keypad);
-  room().keys.learn(key_defined);
+  room().keys.learn(key_meaning);
 }
 
 ScreenVisit::~ScreenVisit() {
