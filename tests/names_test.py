@@ -22,11 +22,11 @@ sys.dont_write_bytecode = True
 reference = load("reference")
 completions = load("completions")
 read = reference.read
-PAGE_LINES = 66
+PAGE_LINES, PAGE_COLUMNS = 66, 80
 
 # Words of the manual in capitals that are no entry of a table: buffers, parts of commands, names of things.
-PLAIN_WORDS = set("""GOLD MAIN OTHER THRU SIGHUP SIGTERM NAME FIXED VARIABLE NO FORMFEED EOB DELIM INI ON OFF AS CTRL A1 A3 B2 C1
-    C3""".split())
+PLAIN_WORDS = set("""GOLD MAIN OTHER THRU SIGHUP SIGTERM NAME FIXED VARIABLE NO FORMFEED EOB DELIM INI ON OFF AS CTRL
+    A1 A3 B2 C1 C3 ASCII UTF OVR""".split())
 # Read by the libraries.
 LIBRARY_VARIABLES = {"LC_ALL", "LC_CTYPE", "LANG", "TZ"}
 
@@ -39,6 +39,14 @@ def strings(path, table):
 
 def first_strings(path, table):
     return [row[0] for row in reference.rows(path, table)]
+
+
+def show_words():
+    """The words that stand behind SHOW."""
+    keys = first_strings("command/settings.cpp", "kOtherSettings") + first_strings("command/dispatch.cpp", "auto rows")
+    forms = [form.replace(" ", "-", 1) for table in ("kRegular", "kAliases")
+             for form in first_strings("command/spellings.cpp", table)]
+    return {key.removeprefix("SHOW-") for key in keys + forms if key.startswith("SHOW-")}
 
 
 def commands():
@@ -62,6 +70,30 @@ def settings():
     spelt = [form.split()[1:] for table in ("kRegular", "kPrefixes")
              for form in first_strings("command/spellings.cpp", table) if form.startswith("SET ")]
     return set(sum(keys + spelt, words)) - {"DELIM"}
+
+
+def followers():
+    """What stands behind a word that is no command by itself."""
+    forms = [form.split() for form in commands()]
+    of = {word: {form[1] for form in forms if form[0] == word and len(form) > 1} for word in ("DEL", "UND", "DEFINE")}
+    spelt = {form[1] for form in forms if form[0] == "SET" and len(form) > 1}
+    topics = {*first_strings("command/help_text.cpp", "kTopics"), "VERSION"}
+    return {**of, "SET": settings() | spelt, "SHOW": show_words(), "HELP": topics}
+
+
+def keys():
+    """The keys of the keyboard's table, by what stands on them."""
+    return set(re.findall(r"^\| (.+?) \|", reference.key_table(), re.M)) - {"Key"}
+
+
+def control_keys():
+    return set(re.findall(r"Ctrl/[A-Z]", " ".join(keys())))
+
+
+def keypad_keys():
+    """Those that a keypad has, by what the card calls them."""
+    return {name.split(",")[0] if name.startswith("PF") else name.removeprefix("Keypad ")
+            for name in keys() if name.startswith(("PF", "Keypad "))}
 
 
 def variables():
@@ -113,37 +145,81 @@ def complain(where, what, found):
         problems.append(f"{where} {what}: {', '.join(sorted(found))}")
 
 
+def check_names(where, text, known):
+    """What every document's names are held against."""
+    complain(where, "names the unknown", names(text) - known)
+    complain(where, "names unknown keys", set(re.findall(r"Ctrl/[A-Z]", text)) - control_keys())
+    complain(where, "names unknown qualifiers", set(re.findall(r"(?<!Ctrl)/([A-Z]+)\b(?!\.INI)", text)) - qualifiers())
+    complain(where, "names unknown variables", set(re.findall(r"\b[A-Z]+(?:_[A-Z]+)+\b", text)) - variables())
+    for word, allowed in followers().items():
+        found = set(re.findall(rf"\b{word} (?:Cm )?([A-Z]+)\b", text))
+        complain(where, f"names the unknown behind {word}", found - allowed)
+
+
+def check_options(where, text):
+    """Of a Markdown text, in which they are quoted or stand in an indented line."""
+    options = {spelling for spelling, _ in completions.options()}
+    words = " ".join(re.findall(r"`[^`\n]*`|^ {4}.*", text, re.M)).replace("`", " ").split()
+    found = {word.split("=")[0] + "=" * ("=" in word) for word in words if re.fullmatch(r"--?[a-z]\w*(=.*)?", word)}
+    complain(where, "names unknown options", found - options)
+
+
 def check_reference(manual, known):
     prose = re.sub(r"^```.*?^```", "", manual, flags=re.M | re.S)
     said = re.sub(r"\s+", " ", manual)
     phrases = {name for name in commands() if not is_setting(name)} | {f"/{name}" for name in qualifiers()}
     phrases |= range_words() | other_words()
     part = re.search(r"^## Settings$(.*?)^## ", prose, re.M | re.S).group(1)
-    shown = {name.split()[1] for name in commands() if name.startswith("SHOW ")} - {"BUFFERS", "FILE", "KEYS", "MACROS"}
+    shown = show_words() - {"BUFFERS", "FILE", "KEYS", "MACROS"}
     complain("docs/reference.md", "leaves out",
              {name for name in phrases if not re.search(r"(?<![A-Za-z])" + re.escape(name) + r"(?![A-Z])", said)}
              | {name for name in settings() if not re.search(rf"\b(NO)?{name.removeprefix('NO')}\b", part)}
              | {f"SHOW {name}" for name in shown if name not in names(prose)})
-    complain("docs/reference.md", "names the unknown", names(prose) - known)
-    complain("docs/reference.md", "names unknown qualifiers", set(re.findall(r"`/([A-Z]+)", prose)) - qualifiers())
+    check_names("docs/reference.md", prose, known | variables())
+    check_options("docs/reference.md", prose)
+    table = re.search(r"^## Keys of the screen$(.*?)^## ", prose, re.M | re.S).group(1)
+    listed = set(re.findall(r"^\| ([^-|].*?) \|", table, re.M)) - {"Key"}
+    complain("docs/reference.md", "leaves out keys", keys() - listed)
+    complain("docs/reference.md", "names unknown keys", listed - keys())
+
+
+def check_card(card, known):
+    check_names("docs/reference-card.md", card, known | variables())
+    check_options("docs/reference-card.md", card)
+    pad = re.search(r"^\| The keypad.*?\n\n", card, re.M | re.S).group(0)
+    listed = set(re.findall(r"\| (PF\d|Enter|[-\d,.]) ", pad))
+    complain("docs/reference-card.md", "has another keypad", listed ^ keypad_keys())
+    complain("docs/reference-card.md", "leaves out keys",
+             control_keys() - set(re.findall(r"Ctrl/[A-Z]", card)) - {"Ctrl/I", "Ctrl/M"})
+    if card.count("\n") > PAGE_LINES or max(map(len, card.splitlines())) > PAGE_COLUMNS:
+        problems.append("docs/reference-card.md does not fit on a page")
 
 
 def check_program_page(page, known):
     options = {spelling for spelling, _ in completions.options()}
-    named = {"-" + name for name in macro_arguments(page, "Fl")}
-    named |= {name for name in macro_arguments(page, "Cm") if name.startswith("/")}
-    complain("zan.1", "leaves out options", options - named)
-    complain("zan.1", "names unknown options", named - options)
-    complain("zan.1", "leaves out variables", variables() - macro_arguments(page, "Ev"))
+
+    def named_in(text):
+        return {"-" + name for name in macro_arguments(text, "Fl")} | {
+            name for name in macro_arguments(text, "Cm") if name.startswith("/")}
+
+    explained = "\n".join(re.findall(r"^\.It .*", page, re.M)).replace(".It ", ".")
+    complain("zan.1", "leaves out options", options - named_in(explained))
+    complain("zan.1", "names unknown options", named_in(page) - options)
+    complain("zan.1", "leaves out variables", variables() - macro_arguments(explained, "Ev"))
     complain("zan.1", "names unknown variables", macro_arguments(page, "Ev") - variables() - LIBRARY_VARIABLES)
     complain("zan.1", "has other exit statuses", set(re.findall(r"^\.It (\d)$", page, re.M)) ^ {"0", "1", "2"})
     complain("zan.1", "names the unknown", macro_arguments(page, "Ic") - known)
+    complain("zan.1", "names unknown keys", set(re.findall(r"Ctrl/[A-Z]", page)) - control_keys())
 
 
 def check_startup_page(page, known):
     text = re.sub(r"^\.(Dt|Os|Sh|Nm|Xr|Ev|Pa|Dd).*", "", page, flags=re.M)
     complain("zan.ini.5", "leaves out settings", settings() - names(text))
-    complain("zan.ini.5", "names the unknown", names(text) - known - variables())
+    spans = re.findall(r"^\.Cm PF(\d)\nto\n\.Cm PF(\d) ,", page, re.M)
+    listed = {f"PF{number}" for first, last in spans for number in range(int(first), int(last) + 1)}
+    complain("zan.ini.5", "has other keys", listed
+             ^ {name for name in strings("screen/key_definitions.cpp", "kKeyNames") if name.startswith("PF")})
+    check_names("zan.ini.5", text, known | variables())
 
 
 def check_versions():
@@ -168,9 +244,7 @@ def main():
     known = set(re.findall(r"\w+", " ".join(words))) | PLAIN_WORDS
     manual, card = read("docs/reference.md"), read("docs/reference-card.md")
     check_reference(manual, known)
-    complain("docs/reference-card.md", "names the unknown", names(card) - known - variables())
-    if card.count("\n") > PAGE_LINES:
-        problems.append("docs/reference-card.md is longer than a page")
+    check_card(card, known)
     check_program_page(read("docs/man/zan.1"), known)
     check_startup_page(read("docs/man/zan.ini.5"), known)
     check_pages()

@@ -1,5 +1,5 @@
 -- wezterm: add these to config.keys in wezterm.lua. Each key of the pad, with Num Lock on, sends what a VT220 sends, in
--- every program; GOLD is F1. Shift and + is the pad's minus.
+-- every program, but for Enter; GOLD is F1. Shift and + is the pad's minus.
 --
 -- Not verified.
 local send = require("wezterm").action.SendString

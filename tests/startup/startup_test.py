@@ -101,6 +101,17 @@ def check_no_refusal(zan, sample):
             sys.exit("tidy.zan did not tidy")
 
 
+def check_all_have_letters():
+    """Every function of the keyboard's table that a command can do has a letter."""
+    others = [ENTER, GOLD + KP["0"], GOLD + KP["3"], GOLD + KP["7"]]
+    names = {"Minus": "-", "Comma": ",", "Period": "."}
+    rows = re.findall(r"\{zan::kKp(\w+), ", read_text(os.path.join(SAMPLES, "..", "..", "screen", "keyboard.cpp")))
+    pad = [ENTER if name == "Enter" else KP[names.get(name, name)] for name in rows]
+    covered = [keys for _, keys, _ in LETTERS] + others
+    if sorted(covered) != sorted(pad + [GOLD + key for key in pad]):
+        sys.exit("the letters are not the keypad's functions")
+
+
 def check_letters(zan):
     defined = re.findall(r"^DEFINE KEY GOLD (\w) AS", read_text(os.path.join(SAMPLES, "laptop.ini")), re.M)
     if sorted(defined) != sorted(letter for letter, _, _ in LETTERS):
@@ -124,6 +135,7 @@ def main():
         sys.exit("samples are missing in " + SAMPLES)
     for sample in samples:
         check_no_refusal(zan, sample)
+    check_all_have_letters()
     check_letters(zan)
 
 
