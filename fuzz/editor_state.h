@@ -59,4 +59,13 @@ inline void check_undo(Editor& editor, std::size_t depth,
   check(editor.redo_stack.size() == redoable);
 }
 
+// A step of an editor, and what holds after every one.
+template <typename Step> void check_step(Editor& editor, Step step) {
+  const std::size_t depth = editor.undo_stack.size();
+  step();
+  editor.clamp_cursor();
+  check_cursor(editor);
+  check_undo(editor, depth);
+}
+
 } // namespace zan::fuzz

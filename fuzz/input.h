@@ -32,6 +32,12 @@ class Input {
     rest_.remove_prefix(std::min(length + 1, rest_.size()));
     return taken;
   }
+  // Up to an empty one.
+  std::vector<std::string> lines() {
+    std::vector<std::string> taken;
+    for (std::string next = line(); !next.empty(); next = line()) taken.push_back(next);
+    return taken;
+  }
   std::string_view rest() const { return rest_; }
 
  private:

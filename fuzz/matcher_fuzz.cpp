@@ -33,18 +33,15 @@ zan::LineStore build(std::string_view text, std::vector<std::string>& lines) {
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  if (size > 200) return 0; // the naive search takes exponential time
+  if (size > 200) return 0;
   zan::fuzz::Input input(data, size);
   zan::fuzz::Input choices = input;
   input.line();
   std::string searched = input.line();
   std::replace(searched.begin(), searched.end(), '`', '\n');
-  zan::fuzz::NaiveSearch wanted{std::move(searched), choices.flag(),          false, false,
-                                choices.flag(),      std::string(kDelimiters)};
-  if (std::count(wanted.pattern.begin(), wanted.pattern.end(), '*') > 5) return 0;
-  const std::size_t place = choices.below(3);
-  wanted.begin = place == 1;
-  wanted.end = place == 2;
+  zan::fuzz::NaiveSearch wanted{std::move(searched), std::string(kDelimiters)};
+  wanted.choose(choices);
+  if (wanted.takes_too_long()) return 0;
   std::vector<std::string> lines;
   const zan::LineStore text = build(input.rest(), lines);
   const zan::Position start{choices.below(lines.size() + 2), choices.below(32)};

@@ -6,6 +6,7 @@
 #include <string_view>
 #include <vector>
 
+#include "fuzz/input.h"
 #include "text/line_store.h"
 
 // Searching as it is explained to users, without a thought for speed: every column of every line is tried,
@@ -14,11 +15,23 @@ namespace zan::fuzz {
 
 struct NaiveSearch {
   std::string pattern;
+  std::string delimiters;
   bool exact = true;
+  bool word = false;
   bool begin = false;
   bool end = false;
-  bool word = false;
-  std::string delimiters;
+
+  // Takes all but the strings from the choices.
+  void choose(Input& choices) {
+    exact = choices.flag();
+    word = choices.flag();
+    const std::size_t place = choices.below(3);
+    begin = place == 1;
+    end = place == 2;
+  }
+  bool takes_too_long(std::string_view more = "") const { // exponential time
+    return std::ranges::count(pattern, '*') + std::ranges::count(more, '*') > 5;
+  }
 };
 
 inline char fold(char c, bool exact) {

@@ -8,20 +8,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   zan::fuzz::Input input(data, size);
   zan::fuzz::Input choices = input;
   input.line();
-  std::vector<std::string> commands;
-  for (std::string line = input.line(); !line.empty(); line = input.line()) commands.push_back(line);
+  const std::vector<std::string> commands = input.lines();
   zan::fuzz::TestEditor editor(input.rest());
   editor.search_exact = choices.flag();
   editor.search_word = choices.flag();
   editor.wrap = choices.flag();
   editor.screen_width = static_cast<int>(choices.below(40));
   editor.case_mode = choices.flag() ? "LOWER" : "NONE";
-  for (const std::string& command : commands) {
-    const std::size_t depth = editor.undo_stack.size();
-    editor.execute_nokeypad_string(command, false);
-    editor.clamp_cursor();
-    zan::fuzz::check_cursor(editor);
-    zan::fuzz::check_undo(editor, depth);
-  }
+  for (const std::string& command : commands)
+    zan::fuzz::check_step(editor, [&] { editor.execute_nokeypad_string(command, false); });
   return 0;
 }

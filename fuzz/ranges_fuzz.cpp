@@ -2,39 +2,14 @@
 // whose letters choose the place, the text of the range.
 #include "command/line_range.h"
 #include "fuzz/input.h"
+#include "text/bytes.h"
 
 namespace {
 
-using Text = const std::string&;
-
-bool is_blank(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
-bool is_digit(char c) { return c >= '0' && c <= '9'; }
-
-std::string trimmed(std::string text) {
-  while (!text.empty() && is_blank(text.back())) text.pop_back();
-  while (!text.empty() && is_blank(text.front())) text.erase(0, 1);
-  return text;
-}
-
-std::string uppercase(std::string text) {
-  for (char& c : text)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
-  return text;
-}
-
-std::optional<std::uint64_t> number(Text digits) {
-  if (digits.empty() || !std::all_of(digits.begin(), digits.end(), is_digit)) return std::nullopt;
-  std::uint64_t value = 0;
-  for (const char c : digits) {
-    const auto digit = static_cast<unsigned>(c - '0');
-    if (value > (UINT64_MAX - digit) / 10) return std::nullopt;
-    value = value * 10 + digit;
-  }
-  return value;
-}
+using Text = std::string_view;
 
 std::optional<std::uint64_t> line(Text text, const zan::LineContext& in) {
-  const std::string word = uppercase(trimmed(text));
+  const std::string word = zan::upper(zan::trim(text));
   if (word.empty() || in.line_count == 0) return std::nullopt;
   const std::uint64_t last = in.line_count - 1;
   const std::uint64_t here = std::min(in.cursor_row, last);
@@ -42,20 +17,20 @@ std::optional<std::uint64_t> line(Text text, const zan::LineContext& in) {
   if (word == "BEGIN" || word == "FIRST" || word == "START") return 0;
   if (word == "END" || word == "LAST") return last;
   if (word[0] == '.') {
-    const std::string offset = trimmed(word.substr(1));
+    const std::string_view offset = zan::trim(Text(word).substr(1));
     if (offset.empty() || (offset[0] != '+' && offset[0] != '-')) return std::nullopt;
-    const auto by = number(trimmed(offset.substr(1)));
+    const auto by = zan::parse_digits(zan::trim(offset.substr(1)));
     if (!by) return std::nullopt;
     if (offset[0] == '-') return *by > here ? 0 : here - *by;
     return *by > last - here ? last : here + *by;
   }
-  const auto named = number(word);
+  const auto named = zan::parse_digits(word);
   if (!named || *named == 0) return std::nullopt;
   return std::min(*named - 1, last);
 }
 
 std::optional<zan::LineRange> both(Text left, Text right, const zan::LineContext& in, bool numbers_only) {
-  const auto plain = [&](Text text) { return !numbers_only || number(trimmed(text)); };
+  const auto plain = [&](Text text) { return !numbers_only || zan::parse_digits(zan::trim(text)); };
   const auto one = line(left, in);
   const auto other = line(right, in);
   if (!one || !other || !plain(left) || !plain(right)) return std::nullopt;
@@ -63,8 +38,8 @@ std::optional<zan::LineRange> both(Text left, Text right, const zan::LineContext
 }
 
 std::optional<zan::LineRange> range(Text text, const zan::LineContext& in, bool numbers_only) {
-  const std::string all = trimmed(text.substr(0, text.find('/')));
-  const std::string word = uppercase(all);
+  const Text all = zan::trim(text.substr(0, text.find('/')));
+  const std::string word = zan::upper(all);
   if (in.line_count == 0 || all.empty()) return std::nullopt;
   const std::uint64_t last = in.line_count - 1;
   if (word == "WHOLE" || word == "ALL") return zan::LineRange{0, last};
@@ -74,7 +49,7 @@ std::optional<zan::LineRange> range(Text text, const zan::LineContext& in, bool 
   if (const auto at = all.find(':'); at != std::string::npos)
     return both(all.substr(0, at), all.substr(at + 1), in, numbers_only);
   const auto dash = all.find('-', 1);
-  if (dash != std::string::npos && dash + 1 < all.size() && trimmed(all.substr(0, dash)) != "." &&
+  if (dash != std::string::npos && dash + 1 < all.size() && zan::trim(all.substr(0, dash)) != "." &&
       !numbers_only)
     return both(all.substr(0, dash), all.substr(dash + 1), in, numbers_only);
   return both(all, all, in, numbers_only);

@@ -1,9 +1,12 @@
 #include "tests/faults/fault_driver.h"
 
 #include <cstdio>
+#include <regex>
 #include <sys/xattr.h>
 
 #include <gtest/gtest.h>
+
+#include "tests/sessions/text_forms.h"
 
 namespace zan::test {
 
@@ -51,12 +54,50 @@ std::string bytes_at(const std::filesystem::directory_entry& entry) {
 
 } // namespace
 
+std::vector<std::string> Row::words(const std::string& word, const std::string& usual) const {
+  return split_arguments(get(word, usual));
+}
+
+std::string Row::shell() const {
+  const std::string user = get("user", "");
+  return user == "nobody" || user == "visitor" ? as_nobody() : get("shell", "");
+}
+
+std::vector<Row> read_rows(const std::string& table) {
+  std::vector<Row> rows;
+  for (const std::string& line : lines_of_file("faults/" + table + ".table")) {
+    static const std::regex kLongest("\\{255\\}");
+    const auto fields = split_fields(std::regex_replace(line, kLongest, std::string(255, 'q')));
+    Row row{fields[0], fields.size() > 1 ? fields[1] : "", {}};
+    for (std::size_t i = 2; i < fields.size(); ++i)
+      row.with[fields[i].substr(0, fields[i].find('='))] = fields[i].substr(fields[i].find('=') + 1);
+    const std::string user = row.get("user", "");
+    if (is_root() || (user != "visitor" && user != "root")) rows.push_back(row);
+  }
+  return rows;
+}
+
+std::string changes(const Files& before, const Files& after, const PathTest& may_come,
+                    const PathTest& may_change) {
+  std::string found;
+  for (const auto& [path, bytes] : before) {
+    const auto now = after.find(path);
+    if (now != after.end() && now->second == bytes) continue;
+    if (may_change(path)) continue;
+    found +=
+        now == after.end() ? " gone: " + path : " changed: " + path + " is " + now->second.substr(0, 100);
+  }
+  for (const auto& [path, bytes] : after)
+    if (!before.contains(path) && !may_come(path)) found += " left behind: " + path;
+  return found;
+}
+
 Stage::Stage() {
   std::filesystem::permissions(home_.path(), std::filesystem::perms(0755));
-  std::filesystem::create_directory(home("work"));
-  std::filesystem::create_directory(home("spare"));
-  std::filesystem::permissions(home("work"), std::filesystem::perms(0777));
-  std::filesystem::permissions(home("spare"), std::filesystem::perms(0777));
+  for (const char* directory : {"work", "spare"}) {
+    std::filesystem::create_directory(home(directory));
+    std::filesystem::permissions(home(directory), std::filesystem::perms(0777));
+  }
 }
 
 Stage::~Stage() { // a directory that may not be written could not be emptied
@@ -101,8 +142,8 @@ std::vector<std::string> Stage::calls() const {
   return calls;
 }
 
-std::map<std::string, std::string> Stage::contents() const {
-  std::map<std::string, std::string> found;
+Files Stage::contents() const {
+  Files found;
   for (const char* directory : {"work", "spare"}) {
     for (const auto& entry : std::filesystem::recursive_directory_iterator(home(directory))) {
       found[entry.path().string().substr(home_.path().size() + 1)] = bytes_at(entry);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <string_view>
@@ -11,6 +12,31 @@
 
 // Runs of the program under faults, and the count of what held.
 namespace zan::test {
+
+// By their path from home, their bytes; of a link, where it leads, of others "(no file)".
+using Files = std::map<std::string, std::string>;
+using PathTest = std::function<bool(const std::string&)>;
+
+// What has come, gone or changed between two looks, but for what may.
+std::string changes(
+    const Files& before, const Files& after, const PathTest& may_come,
+    const PathTest& may_change = [](const std::string&) { return false; });
+
+// A row of a table: what it is about, a script of the shell that prepares it, and words for what is unusual.
+struct Row {
+  std::string name, script;
+  std::map<std::string, std::string> with;
+
+  bool is(const std::string& word) const { return with.contains(word); }
+  std::string get(const std::string& word, const std::string& usual) const {
+    return is(word) ? with.at(word) : usual;
+  }
+  std::vector<std::string> words(const std::string& word, const std::string& usual) const;
+  std::string shell() const; // that runs the program as the wanted user; see Start
+};
+
+// The rows of the table of that name, but for those that only root can play. {255} is a name of that length.
+std::vector<Row> read_rows(const std::string& table);
 
 // How a run is to go wrong; see the shim.
 struct Fault {
@@ -42,8 +68,7 @@ class Stage {
   RunResult run(Start start, long line, const Fault& fault) const;
   std::vector<std::string> calls() const; // that the last run with a line made while it acted on it
 
-  // What lies in "work" and "spare": path from home, and its bytes, where a link leads or "(no file)".
-  std::map<std::string, std::string> contents() const;
+  Files contents() const; // of "work" and "spare"
 
  private:
   ScratchDirectory home_;

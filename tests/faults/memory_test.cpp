@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/faults/fault_driver.h"
+#include "tests/sessions/text_forms.h"
 
 namespace {
 
@@ -11,39 +12,6 @@ using namespace zan::test;
 
 constexpr long kShortFormStride = 5;
 constexpr long kAfterStart = 3; // before it, the run-time library takes its reserve for reporting the failure
-
-const char* const kSessions[] = {
-    "TYPE WHOLE\nQUIT\n",
-    "SUBSTITUTE/one/1/\nEXIT\n",
-    "SUBSTITUTE/e/E/ WHOLE/NOTYPE\nEXIT\n",
-    "SUBSTITUTE/o/0/ WHOLE/GLOBAL\nWRITE copy\nEXIT\n",
-    "DELETE 2\nEXIT\n",
-    "DELETE 1 THRU 2\nUNDO\nEXIT\n",
-    "DELETE WHOLE\nUNDO\nREDO\nEXIT\n",
-    "INCLUDE g\nEXIT\n",
-    "INCLUDE g\nTYPE WHOLE\nWRITE copy 1:2\nQUIT\n",
-    "COPY 1:2 TO =A\n=A\nTYPE WHOLE\nEXIT\n",
-    "MOVE 2 TO =A\n=MAIN\nEXIT\n",
-    "CLEAR =A\nRETAIN =A\nEXIT\n",
-    "FIND two\nDEL W\nUND W\nEXIT\n",
-    "FIND three\nFNDNXT\nQUIT\n",
-    "SELECT\nBOTTOM\nCUT\nTOP\nPASTE\nEXIT\n",
-    "SET VERSIONING\nSUBSTITUTE/one/1/\nEXIT\n",
-    "SET RMS FIXED 10\nSUBSTITUTE/one/1/\nEXIT\n",
-    "NEXT\nSUBSTITUTE/gee/GEE/\nPREVIOUS\nEXIT\n",
-    "NEXT\nNEXT\nEXIT\n",
-    "TYPE/SAVE\nDELETE 1/SAVE\nQUIT\n",
-    "FILL WHOLE\nEXIT\n",
-    "CHGU WHOLE\nEXIT\n",
-    "XLATE o 0 WHOLE\nEXIT\n",
-    "RESEQUENCE\nEXIT\n",
-    "DEFINE MACRO M AS \"DELETE 1; TYPE WHOLE\"\nM\nEXIT\n",
-    "DEFINE KEY F1 AS \"TOP\"\nSHOW KEY\nQUIT\n",
-    "SHOW ALL\nSHOW BUFFERS\nSHOW FILES\nQUIT\n",
-    "HELP\nHELP SUBSTITUTE\nQUIT\n",
-    "SET COMMAND commands\nEXIT\n",
-    "INSERT a line that is typed behind the command\nBELL\nWRITE copy BUFFER MAIN\nEXIT\n",
-};
 
 void set_up(const Stage& stage) {
   write_file(stage / "f", "one\ntwo\nthree\n");
@@ -53,7 +21,7 @@ void set_up(const Stage& stage) {
 
 struct Outcome {
   RunResult run;
-  std::map<std::string, std::string> files;
+  Files files;
 };
 
 // One session, with every allocation in turn.
@@ -93,21 +61,18 @@ class Session {
     if (!fatal && run.output != whole_.run.output && !contains(run.output + run.errors, "?")) {
       wrong += " without a message: " + run.output;
     }
-    for (const auto& [path, bytes] : outcome.files) wrong += wrong_file(path, bytes, fatal || unsaved);
-    for (const auto& [path, bytes] : before_) {
-      if (!outcome.files.contains(path)) wrong += " gone: " + path;
-    }
+    const Files& after = outcome.files;
+    const auto is_saved = [&](const std::string& path) {
+      return after.contains(path) && whole_.files.contains(path) && after.at(path) == whole_.files.at(path);
+    };
+    wrong += changes(
+        before_, after,
+        [&](const std::string& path) {
+          if (path.ends_with(".jou")) return is_noted(after.at(path));
+          return is_saved(path) || ((fatal || unsaved) && is_rescue_copy(path));
+        },
+        is_saved);
     return wrong;
-  }
-
-  std::string wrong_file(const std::string& path, const std::string& bytes, bool ended_early) const {
-    if (path.ends_with(".jou")) return is_noted(bytes) ? "" : " " + path + ": " + bytes;
-    if (ended_early && is_rescue_copy(path)) return "";
-    const auto old = before_.find(path);
-    const auto saved = whole_.files.find(path);
-    if (old != before_.end() && old->second == bytes) return "";
-    if (saved != whole_.files.end() && saved->second == bytes) return "";
-    return " " + path + " holds " + bytes;
   }
 
   // Whole lines, each as typed and in the order; some are noted beside another file.
@@ -125,7 +90,7 @@ class Session {
   }
 
   std::string typed_;
-  std::map<std::string, std::string> before_;
+  Files before_;
   Outcome whole_;
 };
 
@@ -133,8 +98,8 @@ TEST(Memory, EveryAllocationFails) {
   Promise promise(16);
   const long stride = long_form() ? 1 : kShortFormStride;
   long turn = 0; // so that the sessions do not all fail at the same places
-  for (const char* typed : kSessions) {
-    const Session session(typed);
+  for (const std::string& typed : lines_of_file("faults/sessions.txt")) {
+    const Session session(unescape(typed));
     // A sanitizer has an allocator of its own.
     if (!session.run(std::to_string(kAfterStart), promise))
       GTEST_SKIP() << "allocations cannot be made to fail";
@@ -143,6 +108,17 @@ TEST(Memory, EveryAllocationFails) {
            i += stride) {}
     }
   }
+}
+
+TEST(Memory, WhatIsModifiedIsRescued) {
+  const std::string little = "ulimit -v 300000; exec \"$0\" \"$@\"";
+  const Stage stage;
+  set_up(stage);
+  if (stage.run({{"-h"}, "", little}).status != 0) GTEST_SKIP() << "memory cannot be limited";
+  const RunResult run = stage.run({{"f"}, "SUBSTITUTE/one/1/\nINCLUDE /dev/zero\nEXIT\n", little});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.errors, "fatal: std::bad_alloc\n");
+  EXPECT_EQ(read_file(stage / "f.save"), "1\ntwo\nthree\n");
 }
 
 } // namespace

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/faults/fault_driver.h"
+#include "tests/sessions/text_forms.h"
 
 namespace {
 
@@ -16,108 +17,43 @@ using namespace zan::test;
 // Shares no divisor with the number of errors, or of faults: each of them is met.
 constexpr long kShortFormStride = 9;
 
-const std::string kTail(600000, 'n'); // with it a text takes several writes
-const std::string kOld = "old\n";
-const std::string kNew = "new\n";
-const std::string kChange = "SUBSTITUTE/old/new/\n";
-
-struct Save {
-  const char* name;
-  const char* script;                 // that prepares the directory, in which f is there already
-  std::vector<std::string> arguments; // of the program
-  std::string before;                 // lines typed before
-  std::string line;                   // the one that saves
-  std::string saved;                  // what it says then
-  std::string failed;                 // and otherwise
-  std::string target = "f";           // the file that the text ends in
-  std::string old_text = kOld;
-  std::string new_text = kNew;
-  bool in_place = false;
-  bool own_file = true; // a save to it makes the buffer unmodified
-  bool as_nobody = false;
-  bool needs_root = false;
-  std::string journal = "work/f.jou";
+// A row of the table of saves.
+struct Save : Row {
+  explicit Save(const Row& row) : Row(row) {}
+  std::string before = unescape(get("before", "SUBSTITUTE/old/new/\n")); // lines typed before
+  std::string line = get("line", "EXIT");                                // the one that saves
+  std::string saved = get("saved", "*f 1 lines") + "\n";                 // what it says then
+  std::string failed = get("failed", "?Unable to write f") + "\n";       // and otherwise
+  std::string target = get("target", "f");                               // the file that the text ends in
+  std::string tail = is("large") ? std::string(600000, 'n') : "";        // takes several writes
+  std::string new_text = "new" + tail + "\n";
+  std::string old_text = is("new") ? "" : "old" + tail + "\n";
+  std::string journal = get("journal", "work/f.jou");
+  bool in_place = is("in place");
 
   bool exits() const { return line == "EXIT"; }
   std::string path() const { return "work/" + target; }
 };
 
-Save by_exit(const char* name, const char* script) {
-  return {name, script, {"f"}, kChange, "EXIT", "*f 1 lines\n", "?Unable to write f\n"};
-}
-
-Save by_line(const char* name, std::vector<std::string> arguments, const std::string& line,
-             const std::string& saved, const std::string& failed) {
-  return {name, "", std::move(arguments), kChange, line, saved, failed};
-}
-
 std::vector<Save> all_saves() {
   std::vector<Save> saves;
-  const auto add = [&](Save save) -> Save& { return saves.emplace_back(std::move(save)); };
-  add(by_exit("EXIT", ""));
-  Save& large = add(by_exit("EXIT of a large text", ""));
-  large.old_text = "old" + kTail + "\n";
-  large.new_text = "new" + kTail + "\n";
-  add(by_exit("EXIT, hard link", "ln f g")).in_place = true;
-  Save& linked = add(by_exit("EXIT of a large text, hard link", "ln f g"));
-  linked.in_place = true;
-  linked.old_text = "old" + kTail + "\n";
-  linked.new_text = "new" + kTail + "\n";
-  Save& fresh = add(by_exit("EXIT, new file", "rm f; echo new >g"));
-  fresh.before = "INCLUDE g\n";
-  fresh.old_text = "";
-  Save& link = add(by_exit("EXIT, symbolic link", "mv f t; ln -s t f"));
-  link.target = "t";
-  add(by_exit("EXIT, set-user-id", "chmod 4750 f"));
-  add(by_exit("EXIT, other owner", "chown 1234:4321 f")).needs_root = true;
-  Save& version = add(by_exit("EXIT, next version", "echo one >'f;1'"));
-  version.before = "SET VERSIONING\n" + kChange;
-  version.target = "f;2";
-  version.old_text = "";
-  version.saved = "*f;2 1 lines\n";
-  version.failed = "?Unable to write f;2\n";
-  Save& locked = add(by_exit("EXIT, directory that may not be written", "chmod 666 f; chmod 555 ."));
-  locked.arguments = {"f", "-journal=../spare/j"};
-  locked.in_place = locked.as_nobody = true;
-  locked.journal = "spare/j";
-  Save& journal = add(by_exit("EXIT, the journal is the input", ""));
-  journal.arguments = {"f", "-journal=f"};
-  journal.journal = "";
-  Save& output = add(by_exit("EXIT to an output file", ""));
-  output.arguments = {"f", "-output=g"};
-  output.target = "g";
-  output.old_text = "";
-  output.saved = "*g 1 lines\n";
-  output.failed = "?Unable to write g\n";
-  add(by_line("WRITE", {"f"}, "WRITE f", "*f written\n", "*?Unable to write f\n"));
-  Save& part = add(by_line("WRITE of a range", {"f"}, "WRITE g 1", "*g written\n", "*?Unable to write g\n"));
-  part.target = "g";
-  part.old_text = "";
-  part.own_file = false;
-  add(by_line("/SAVE", {"f"}, "TYPE/SAVE", "[Saved f]\n", "?Unable to save f\n"));
-  Save& next = add(by_line("NEXT", {"f", "g"}, "NEXT", "*g\n", "*?Unable to write f\n"));
-  next.script = "echo gee >g";
-  Save& previous = add(by_line("PREVIOUS", {"g", "f"}, "PREVIOUS", "*g\n", "*?Unable to write f\n"));
-  previous.script = "echo gee >g";
-  previous.before = "NEXT\n" + kChange;
+  for (const Row& row : read_rows("saves")) saves.emplace_back(row);
   return saves;
 }
 
 void PrintTo(const Save& save, std::ostream* out) { *out << save.name; }
 
 void set_up(const Save& save, const Stage& stage) {
-  write_file(stage / "f", save.old_text.empty() ? kOld : save.old_text);
+  write_file(stage / "f", save.old_text.empty() ? "old\n" : save.old_text);
   ::setxattr((stage / "f").c_str(), "user.note", "hello", 5, 0);
   stage.prepare(save.script);
 }
 
 Start start_of(const Save& save) {
-  Start start{save.arguments, save.before + save.line + "\nQUIT\n"};
-  if (save.as_nobody) start.shell = as_nobody();
-  return start;
+  return {save.words("arguments", "f"), save.before + save.line + "\nQUIT\n", save.shell()};
 }
 
-long line_of(const Save& save) { return std::count(save.before.begin(), save.before.end(), '\n') + 1; }
+long line_of(const Save& save) { return std::ranges::count(save.before, '\n') + 1; }
 
 // One run and what must hold after it.
 class Judge {
@@ -156,7 +92,7 @@ class Judge {
     if (!reported_ && text_ != save_.new_text) note("it says that it was saved");
     if (reported_ && retried()) note("not tried again");
     const bool modified = contains(run.output, "Changes discarded\n");
-    if (!save_.exits() && modified != (reported_ || !save_.own_file)) note("modified: " + said);
+    if (!save_.exits() && modified != (reported_ || save_.is("other file"))) note("modified: " + said);
   }
 
   // Must the save succeed all the same?
@@ -185,18 +121,16 @@ class Judge {
   // Besides what was there: the file, the journal; what a killed save was writing, or could not remove; after
   // a failure in place the copy; after a failed EXIT the rescue copy.
   void judge_names() {
-    for (const auto& [path, bytes] : after_) {
-      if (before_.contains(path) || path == save_.path() || path == save_.journal) continue;
-      if (path == "work/g.jou") continue; // the other file of the list has its own
-      const bool whole = bytes == save_.new_text;
-      if (is_temporary(path) && (killed_ || call_.starts_with("unlink"))) continue;
-      if (is_temporary(path) && save_.in_place && reported_ && whole) continue;
-      if (is_rescue_copy(path) && save_.exits() && reported_ && whole) continue;
-      note("left behind: " + path);
-    }
-    for (const auto& [path, bytes] : before_) {
-      if (!after_.contains(path)) note("gone: " + path);
-    }
+    const auto may_come = [&](const std::string& path) {
+      const bool whole = after_[path] == save_.new_text;
+      if (path == save_.path() || path == save_.journal) return true;
+      if (path == "work/g.jou") return true; // the other file of the list has its own
+      if (is_temporary(path) && (killed_ || call_.starts_with("unlink"))) return true;
+      return reported_ && whole &&
+             ((is_temporary(path) && save_.in_place) || (is_rescue_copy(path) && save_.exits()));
+    };
+    wrong_ +=
+        changes(before_, after_, may_come, [&](const std::string& path) { return after_.contains(path); });
   }
 
   void judge_journal() {
@@ -220,8 +154,8 @@ class Judge {
   std::string call_;
   bool in_journal_; // the fault strikes while the line is noted
   bool killed_;
-  std::map<std::string, std::string> before_;
-  std::map<std::string, std::string> after_;
+  Files before_;
+  Files after_;
   std::string identity_;
   std::string text_;
   bool reported_ = false; // that it failed
@@ -248,7 +182,6 @@ bool applies(const std::string& how, const std::string& call) {
 }
 
 void run_all(const Save& save, int row, const std::vector<std::string>& ways) {
-  if (save.needs_root && !is_root()) GTEST_SKIP() << "only root can give files away";
   Promise promise(row);
   const std::vector<std::string> calls = calls_of(save);
   ASSERT_FALSE(calls.empty());
@@ -265,8 +198,7 @@ void run_all(const Save& save, int row, const std::vector<std::string>& ways) {
       Judge judge(save, stage, fault, calls[i], i <= static_cast<std::size_t>(noted - calls.begin()));
       judge.before();
       const RunResult run = stage.run(start_of(save), line_of(save), fault);
-      promise.ran(std::string(save.name) + ", " + how + " at call " + std::to_string(fault.call) + ", " +
-                      calls[i],
+      promise.ran(save.name + ", " + how + " at call " + std::to_string(fault.call) + ", " + calls[i],
                   judge.wrong(run));
     }
   }
@@ -310,25 +242,25 @@ TEST(Shim, KnowsEveryFileCall) {
 TEST(SaveOrder, IsSyncedFirst) {
   Promise promise(1);
   const struct {
-    Save save;
+    Row row;
     std::vector<std::string> order;
   } rows[] = {
-      {by_exit("rename", ""), {"write ", "fsync ", "renameat ", "fsync ", "unlink f.jou"}},
-      {by_exit("new file", "rm f; echo new >g"), {"openat .f.zan-", "fsync ", "renameat2 ", "fsync "}},
-      {by_exit("in place", "ln f g"),
+      {{"rename", "", {}}, {"write ", "fsync ", "renameat ", "fsync ", "unlink f.jou"}},
+      {{"new file", "rm f; echo new >g", {}}, {"openat .f.zan-", "fsync ", "renameat2 ", "fsync "}},
+      {{"in place", "ln f g", {}},
        {"openat .f.zan-", "write ", "fsync ", "fsync ", "fallocate ", "write ", "fsync ", "ftruncate ",
         "fsync ", "unlinkat .f.zan-", "unlink f.jou"}},
   };
-  for (const auto& row : rows) {
-    const std::vector<std::string> calls = calls_of(row.save);
+  for (const auto& [save, order] : rows) {
+    const std::vector<std::string> calls = calls_of(Save(save));
     auto at = calls.begin();
     std::string missing;
-    for (const std::string& wanted : row.order) {
+    for (const std::string& wanted : order) {
       at = std::find_if(at, calls.end(), [&](const std::string& call) { return call.starts_with(wanted); });
       if (at == calls.end() && missing.empty()) missing = "no " + wanted + "in its place";
       if (at != calls.end()) ++at;
     }
-    promise.ran(row.save.name, missing);
+    promise.ran(save.name, missing);
   }
 }
 

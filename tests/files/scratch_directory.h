@@ -6,18 +6,19 @@
 #include <iterator>
 #include <set>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace zan::test {
 
-// A directory of its own for one test, removed with all it holds.
+// A directory of its own for one test, removed with all it holds. Its path is free of symbolic links.
 class ScratchDirectory {
  public:
   ScratchDirectory() {
     std::string name = (std::filesystem::temp_directory_path() / "zan-test-XXXXXX").string();
     if (::mkdtemp(name.data()) == nullptr) std::abort();
-    path_ = name;
+    path_ = std::filesystem::canonical(name);
   }
   ~ScratchDirectory() {
     std::error_code ignored;
@@ -41,7 +42,7 @@ class ScratchDirectory {
   std::string path_;
 };
 
-inline void write_file(const std::string& path, const std::string& bytes) {
+inline void write_file(const std::string& path, std::string_view bytes) {
   std::ofstream(path, std::ios::binary) << bytes;
 }
 
@@ -56,22 +57,5 @@ inline struct stat stat_of(const std::string& path) { // all zero when it does n
   if (::lstat(path.c_str(), &status) != 0) return {};
   return status;
 }
-
-// Lays down root's rights while it lives; does nothing for anybody else.
-class Unprivileged {
- public:
-  Unprivileged() {
-    if (was_root_ && (::setegid(kNobody) != 0 || ::seteuid(kNobody) != 0)) std::abort();
-  }
-  ~Unprivileged() {
-    if (was_root_ && (::seteuid(0) != 0 || ::setegid(0) != 0)) std::abort();
-  }
-  Unprivileged(const Unprivileged&) = delete;
-  Unprivileged& operator=(const Unprivileged&) = delete;
-
- private:
-  static constexpr unsigned kNobody = 65534;
-  bool was_root_ = ::geteuid() == 0;
-};
 
 } // namespace zan::test

@@ -9,73 +9,9 @@ namespace {
 
 // Commands that the buffers alone decide about: none that saves the input, reads a line or the clock. "#" is
 // a small number, "@" a word, "&" a buffer.
-constexpr std::string_view kCommands[] = {
-    "#",
-    "DELETE #",
-    "DELETE # THRU #",
-    "TYPE #:#",
-    "FIND @",
-    "FIND =&",
-    "FNDNXT",
-    "SUBSTITUTE/@/@ @/",
-    "SUBSTITUTE/@/@/#",
-    "SUBSTITUTE ALL @",
-    "SUBSTITUTE/@/@/ /GLOBAL",
-    "COPY #:# TO =&",
-    "MOVE #:# TO =&",
-    "CLEAR =&",
-    "RETAIN =&",
-    "RANGE #:#",
-    "SELECT",
-    "CUT",
-    "APPEND",
-    "PASTE",
-    "REPLACE",
-    "UNDO",
-    "REDO",
-    "DEL W",
-    "DEL L",
-    "DEL C",
-    "DEL EOL",
-    "UND W",
-    "UND L",
-    "UND C",
-    "TAB",
-    "FILL #:#",
-    "TAB ADJUST #:#",
-    "RESEQUENCE/SEQUENCE=#:#",
-    "XLATE a b #:#",
-    "CHGU #",
-    "CHGL #:#",
-    "SET CASE UPPER",
-    "SET CASE NONE",
-    "SET WRAP",
-    "SET NOWRAP",
-    "SET SCREEN #",
-    "SET TAB #",
-    "SET SEARCH GENERAL",
-    "SET SEARCH WORD",
-    "SET SEARCH NOWORD",
-    "BACKUP",
-    "ADVANCE",
-    "BOTTOM",
-    "TOP",
-    "RESET",
-    "nonsense",
-};
+const std::vector<std::string> kCommands = lines_of_file("hostile/commands.txt");
 // Those of which a part, the line cut off, would read a line or enter the screen.
-constexpr std::string_view kWholeCommands[] = {
-    "INSERT @ @",
-    "INSERT @",
-    "INSERT \" @\"",
-    "INCLUDE more.txt",
-    "DEFINE MACRO m AS \"INSERT @; #; DEL W\"",
-    "CHANGE ;#DW",
-    "CHANGE ;I@ \033",
-    "CHANGE ;SEL#CCUT",
-    "CHANGE ;F@ W#CHGC",
-    "m",
-};
+const std::vector<std::string> kWholeCommands = lines_of_file("hostile/whole_commands.txt");
 constexpr std::string_view kWords[] = {"alpha",        "Beta", "a",   "x*a",
                                        "gamma, delta", "b",    "\t.", "caf\xc3\xa9"};
 constexpr std::string_view kBuffers[] = {"MAIN", "PASTE", "A", "B", "M"};
@@ -94,7 +30,8 @@ std::string filled_in(std::string_view form, Random& random) {
 }
 
 std::string random_command(Random& random) {
-  return filled_in(random.below(3) == 0 ? random.one_of(kWholeCommands) : random.one_of(kCommands), random);
+  const auto& forms = random.below(3) == 0 ? kWholeCommands : kCommands;
+  return filled_in(unescape(random.one_of(forms)), random);
 }
 
 // Commands that write every buffer, and where the cursor is, to files.
@@ -127,8 +64,8 @@ std::string buffers_after(const Sandbox& box, const std::string& input, bool rec
 
 // PRINT starts a spooler that kills the program. False when that failed.
 bool kill_after(const Sandbox& box, const std::string& input) {
-  box.write("lpr", "#!/bin/sh\nkill -9 \"$(cat pid)\"\n");
-  const RunResult killed = box.run({"a.txt"}, input + "PRINT\n", "chmod +x lpr; echo $$ >pid");
+  box.write("lpr", "#!/bin/sh\nkill -9 $PID\n");
+  const RunResult killed = box.run({"a.txt"}, input + "PRINT\n", "chmod +x lpr");
   box.write("lpr", "");
   return killed.status == 128 + 9;
 }

@@ -3,6 +3,7 @@
 
 #include "files/output_file.h"
 #include "files/records.h"
+#include "fuzz/naive_file.h"
 #include "tests/hostile/sandbox.h"
 #include "text/text_buffer.h"
 
@@ -23,16 +24,7 @@ std::string random_file(Random& random) {
 // What a save may change: one carriage return before a line feed or at the end goes, a final line feed comes,
 // a single empty line becomes an empty file.
 std::string saved_form(const std::string& bytes) {
-  std::string saved;
-  for (const char c : bytes) {
-    if (c == '\n' && saved.ends_with('\r')) saved.pop_back();
-    saved += c;
-  }
-  if (!saved.ends_with('\n')) {
-    if (saved.ends_with('\r')) saved.pop_back();
-    saved += '\n';
-  }
-  return saved == "\n" ? "" : saved;
+  return zan::fuzz::file_of(zan::fuzz::lines_of_file(bytes), 0);
 }
 
 } // namespace

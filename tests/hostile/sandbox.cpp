@@ -1,9 +1,5 @@
 #include "tests/hostile/sandbox.h"
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-
 #include <gtest/gtest.h>
 
 namespace fs = std::filesystem;
@@ -26,7 +22,7 @@ void expect_answer(Promise& promise, const RunResult& result, const std::string&
 Sandbox::Sandbox() { fs::create_directory(home_.path() + "/work"); }
 
 void Sandbox::write(const std::string& name, std::string_view bytes) const {
-  std::ofstream(path(name), std::ios::binary) << bytes;
+  zan::test::write_file(path(name), bytes);
 }
 
 void Sandbox::clear() const {

@@ -9,6 +9,7 @@
 
 #include "tests/promise.h"
 #include "tests/sessions/run_program.h"
+#include "tests/sessions/text_forms.h"
 
 // What the tests of this folder share.
 
@@ -26,7 +27,7 @@ class Sandbox {
   Sandbox();
   std::string path(const std::string& name) const { return home_.path() + "/work/" + name; }
   void write(const std::string& name, std::string_view bytes) const;
-  std::string read(const std::string& name) const { return read_whole_file(path(name)); }
+  std::string read(const std::string& name) const { return zan::test::read_file(path(name)); }
   void clear() const; // removes all files
 
   // The program started by a shell, after `preparation`, such as a limit.
@@ -34,7 +35,7 @@ class Sandbox {
                 const std::string& preparation = ":") const;
 
  private:
-  TemporaryDirectory home_;
+  zan::test::ScratchDirectory home_;
 };
 
 // Little memory, where the sanitizers leave it to the shell to say so.

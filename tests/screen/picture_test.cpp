@@ -63,38 +63,31 @@ TEST(Picture, BytesOnARow) {
 }
 
 TEST(Picture, CornerFollowsTheCursor) {
-  struct Case {
-    const char* name;
-    Position cursor;
-    Corner before, after;
-    int top_margin = 0, bottom_margin = 0;
-    bool numbers = false, truncate = false;
+  ScreenView view;
+  const auto corner = [&](Position cursor, Corner before) {
+    view.cursor = cursor;
+    view.corner = before;
+    return zan::corner_for_cursor(view);
   };
-  const std::vector<Case> cases{
-      {"last row", {20, 0}, {0, 0}, {0, 0}},
-      {"below", {21, 0}, {0, 0}, {1, 0}},
-      {"above", {3, 0}, {10, 0}, {3, 0}},
-      {"right", {0, 200}, {0, 0}, {0, 122}},
-      {"last but one column", {0, 78}, {0, 0}, {0, 0}},
-      {"last column", {0, 79}, {0, 0}, {0, 1}},
-      {"left, near the start", {0, 3}, {0, 122}, {0, 0}},
-      {"left", {0, 50}, {0, 122}, {0, 46}},
-      {"numbers", {8, 77}, {0, 0}, {0, 1}, 0, 0, true},
-      {"truncated", {0, 200}, {0, 9}, {0, 0}, 0, 0, false, true},
-      {"band, below", {20, 0}, {0, 0}, {1, 0}, 5, 20},
-      {"band, above", {13, 0}, {10, 0}, {9, 0}, 5, 20},
-      {"band, near the top", {3, 0}, {10, 0}, {0, 0}, 5, 20},
-      {"band, swapped", {20, 0}, {0, 0}, {1, 0}, 20, 5},
-  };
-  for (const Case& row : cases) {
-    ScreenView view;
-    view.cursor = row.cursor;
-    view.corner = row.before;
-    view.top_margin = row.top_margin;
-    view.bottom_margin = row.bottom_margin;
-    view.line_numbers = row.numbers;
-    view.truncate = row.truncate;
-    EXPECT_EQ(zan::corner_for_cursor(view), row.after) << row.name;
+  EXPECT_EQ(corner({20, 0}, {0, 0}), (Corner{0, 0})) << "the last row";
+  EXPECT_EQ(corner({21, 0}, {0, 0}), (Corner{1, 0})) << "below";
+  EXPECT_EQ(corner({3, 0}, {10, 0}), (Corner{3, 0})) << "above";
+  EXPECT_EQ(corner({0, 200}, {0, 0}), (Corner{0, 122})) << "right";
+  EXPECT_EQ(corner({0, 78}, {0, 0}), (Corner{0, 0})) << "the last but one column";
+  EXPECT_EQ(corner({0, 79}, {0, 0}), (Corner{0, 1})) << "the last column";
+  EXPECT_EQ(corner({0, 3}, {0, 122}), (Corner{0, 0})) << "left, near the start";
+  EXPECT_EQ(corner({0, 50}, {0, 122}), (Corner{0, 46})) << "left";
+  view.line_numbers = true;
+  EXPECT_EQ(corner({8, 77}, {0, 0}), (Corner{0, 1}));
+  view.line_numbers = false;
+  view.truncate = true;
+  EXPECT_EQ(corner({0, 200}, {0, 9}), (Corner{0, 0}));
+  for (const auto& [top, bottom] : {std::pair(5, 20), {20, 5}}) { // a band, given either way
+    view.top_margin = top;
+    view.bottom_margin = bottom;
+    EXPECT_EQ(corner({20, 0}, {0, 0}), (Corner{1, 0})) << "below the band";
+    EXPECT_EQ(corner({13, 0}, {10, 0}), (Corner{9, 0})) << "above it";
+    EXPECT_EQ(corner({3, 0}, {10, 0}), (Corner{0, 0})) << "above it, near the top";
   }
 }
 

@@ -3,6 +3,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <map>
 
 #include <gtest/gtest.h>
 
@@ -14,22 +15,16 @@ constexpr int kCellWidth = 9;
 constexpr int kCellHeight = 19;
 
 std::string escaped(char c) {
-  switch (c) {
-  case '<':
-    return "&lt;";
-  case '>':
-    return "&gt;";
-  case '&':
-    return "&amp;";
-  default:
-    return {c};
-  }
+  static const std::map<char, std::string> kNames{{'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}};
+  const auto name = kNames.find(c);
+  return name == kNames.end() ? std::string{c} : name->second;
 }
 
-std::string box(int column, int row, int columns, const char* look) {
-  return "<rect class=\"" + std::string(look) + "\" x=\"" + std::to_string(column * kCellWidth) + "\" y=\"" +
-         std::to_string(row * kCellHeight) + "\" width=\"" + std::to_string(columns * kCellWidth) +
-         "\" height=\"" + std::to_string(kCellHeight) + "\"/>";
+std::string pixels(int cells, int size = kCellWidth) { return std::to_string(cells * size); }
+
+std::string box(int column, int row, int columns, const std::string& look) {
+  return "<rect class=\"" + look + "\" x=\"" + pixels(column) + "\" y=\"" + pixels(row, kCellHeight) +
+         "\" width=\"" + pixels(columns) + "\" height=\"" + pixels(1, kCellHeight) + "\"/>";
 }
 
 // One row; what stands between braces is in reverse video.
@@ -48,12 +43,11 @@ std::string drawn_row(const std::string& text, int row) {
     ++column;
   }
   return boxes + "<text xml:space=\"preserve\" x=\"0\" y=\"" + std::to_string(row * kCellHeight + 14) +
-         "\" textLength=\"" + std::to_string(column * kCellWidth) + "\">" + letters + "</text>\n";
+         "\" textLength=\"" + pixels(column) + "\">" + letters + "</text>\n";
 }
 
 std::string drawn(const Shown& shown, int columns) {
-  const std::string size = std::to_string(columns * kCellWidth) + " " +
-                           std::to_string(static_cast<int>(shown.rows.size()) * kCellHeight);
+  const std::string size = pixels(columns) + " " + pixels(static_cast<int>(shown.rows.size()), kCellHeight);
   std::string picture =
       "<svg xmlns=\"http://www.w3.org/2000/svg\" viewBox=\"0 0 " + size +
       "\"><title>ZAN on a terminal</title><style>.screen{fill:#10151c}.mark{fill:#cfd8dc}"
@@ -75,17 +69,14 @@ TEST(ReadmePicture, IsWhatTheScreenShows) {
   options.columns = 72;
   options.term = "vt220";
   TerminalDriver zan(options);
-  ASSERT_TRUE(zan.shows_text("*"));
-  zan.type("CHANGE\r");
-  ASSERT_TRUE(zan.shows_text("EDIT[MAIN]"));
+  zan.enter_screen();
   zan.type("\x1b[B\x1b[B\x1b[B\x1bOn\x1bOq\x1bOq\x1bOq"); // down three lines, SELECT, three words on
   Shown last;
-  ASSERT_TRUE(zan.wait_until(
-      [&](const Shown& shown) {
-        last = shown;
-        return shown.row(3) == "{  two pounds }of apples" && shown.cursor_column == 13;
-      },
-      "two words selected"));
+  const auto two_words_selected = [&](const Shown& shown) {
+    last = shown;
+    return shown.row(3) == "{  two pounds }of apples" && shown.cursor_column == 13;
+  };
+  ASSERT_TRUE(zan.wait_until(two_words_selected, "two words selected"));
   const std::string picture = drawn(last, options.columns);
   if (std::getenv("ZAN_UPDATE_PICTURES") != nullptr) std::ofstream(path) << picture;
   std::ifstream kept(path);

@@ -78,9 +78,10 @@ void become_job() {
 
 [[noreturn]] void execute(const std::string& home, const std::optional<std::string>& term) {
   // The screen library keeps what it had begun for a terminal that it could not start: no leak of the
-  // program.
-  std::vector<std::string> variables{"HOME=" + home, "PATH=" + home + ":/usr/bin:/bin", "LC_ALL=C.UTF-8",
-                                     "ASAN_OPTIONS=detect_leaks=0"};
+  // program. Signals of a crash are the program's.
+  std::vector<std::string> variables{
+      "HOME=" + home, "PATH=" + home + ":/usr/bin:/bin", "LC_ALL=C.UTF-8",
+      "ASAN_OPTIONS=detect_leaks=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0"};
   if (term) variables.push_back("TERM=" + *term);
   std::vector<char*> environment;
   for (std::string& variable : variables) environment.push_back(variable.data());
@@ -145,6 +146,12 @@ void TerminalDriver::type(std::string_view bytes) {
     if (count <= 0) return;
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
+}
+
+void TerminalDriver::enter_screen(std::string_view shown) {
+  shows_text("*");
+  type("CHANGE\n");
+  shows_text(shown);
 }
 
 void TerminalDriver::resize(int rows, int columns) {

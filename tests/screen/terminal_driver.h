@@ -42,6 +42,7 @@ class TerminalDriver {
   TerminalDriver& operator=(const TerminalDriver&) = delete;
 
   void type(std::string_view bytes);
+  void enter_screen(std::string_view shown = "EDIT[MAIN]"); // and waits for that
   void resize(int rows, int columns);
   void hang_up(); // the terminal goes away
   bool is_gone() const { return master_ < 0; }

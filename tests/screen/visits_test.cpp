@@ -1,82 +1,84 @@
+#include <algorithm>
+#include <cstdlib>
 #include <gtest/gtest.h>
 
+#include "tests/promise.h"
 #include "tests/screen/terminal_driver.h"
 
-// Coming and going: what a visit of the screen leaves behind, and what can be done in one beside editing.
-namespace {
+// Visits to the screen that no text tells of: what comes and goes in bulk, and what they leave behind.
 
-TerminalOptions wide() {
+TEST(Visits, CtrlCEndsARepetitionOfNokeypadMode) {
   TerminalOptions options;
-  options.columns = 80;
-  return options;
-}
-
-void enter_screen(TerminalDriver& terminal, const char* shown = "Ctrl/Z=CMD") {
-  terminal.shows_text("*");
-  terminal.type("CHANGE\n");
-  terminal.shows_text(shown);
-}
-
-} // namespace
-
-TEST(Visits, KeysAreDefinedWithCtrlK) {
-  struct Step {
-    std::string keys, message;
-    int row;
-  };
-  const std::vector<Step> steps{{"\013", "Press key to define", 0},
-                                {"\033OP", "GOLD — press key", 0},
-                                {"qBOTTOM\r", "Key defined: GOLD+Q", 0},
-                                {"\033OPq", "BOTTOM", 2},
-                                {"\013\033[A", "Invalid key for DEFINE KEY", 2}};
-  TerminalDriver terminal(wide());
-  enter_screen(terminal);
-  for (const auto& step : steps) {
-    terminal.type(step.keys);
-    const auto fits = [&](const Shown& now) {
-      return now.rows.back() == step.message && now.cursor_row == step.row;
-    };
-    terminal.wait_until(fits, "  " + step.message + "\n");
-  }
-}
-
-TEST(Visits, NokeypadMode) {
-  TerminalOptions options = wide();
+  options.text = std::string(4 << 20, 'q') + "\n";
   options.startup = "SET KEYPAD NOKEYPAD\n";
-  TerminalDriver terminal(options);
-  enter_screen(terminal, "Nokeypad:");
-  terminal.type("LIab\033C\r");
-  terminal.wait_until([](const Shown& now) { return now.row(1) == "abtwo"; }, "  abtwo\n");
-  terminal.type("XYZ\rW EX W\r");
-  terminal.shows_text("*CHANGE");
-  enter_screen(terminal, "Nokeypad:");
-  terminal.type("\032\rQUIT\n");
-  EXPECT_EQ(terminal.exit_status(), 0);
+  TerminalDriver nokeypad(options);
+  nokeypad.enter_screen("Nokeypad:");
+  nokeypad.type("2000000000DC\r\003Iz\r");
+  nokeypad.shows_text("zqqq");
 }
 
-// The keypad's numeric mode reaches the terminal once for each visit, and a new size of the terminal at the
-// prompt is not the end of the input.
-TEST(Visits, LeaveTheTerminalAsItWas) {
-  TerminalDriver terminal(wide());
-  for (int visit = 0; visit < 3; ++visit) {
-    enter_screen(terminal);
-    terminal.type("\033OP\033OwCHANGE\r\032"); // a visit inside the visit
-    terminal.shows_text("Command mode");
-    terminal.type("\032TYPE 3\r"); // ahead of line mode, to which Return is another byte
-    terminal.shows_text("3 three");
-  }
-  terminal.resize(10, 40);
-  terminal.type("TYPE 2\n");
-  terminal.shows_text("2 two");
-  terminal.type("EXIT\n");
+TEST(Visits, PasteArrivesWhole) {
+  TerminalDriver terminal({});
+  terminal.enter_screen();
+  std::string pasted;
+  for (int i = 0; i < 2000; ++i) pasted += "line " + std::to_string(i) + " of the paste\r";
+  terminal.type(pasted);
+  terminal.shows_text("line 1999 of");
+  terminal.type("\032EXIT\n");
   EXPECT_EQ(terminal.exit_status(), 0);
-  EXPECT_EQ(terminal.times_sent("\033>"), 3U);
+  std::ranges::replace(pasted, '\r', '\n');
+  EXPECT_EQ(terminal.file(), pasted + "one\ntwo\nthree\n");
+}
+
+TEST(Visits, TerminalsWithoutACursorAreRefused) {
+  struct Case {
+    std::optional<std::string> term;
+    std::string command, named; // a command before CHANGE, and the name in the message
+  };
+  const std::string endless(4096, 'x');
+  const Case cases[] = {{std::nullopt, "", ""},
+                        {"", "", ""},
+                        {"no-such-terminal", "", "no-such-terminal"},
+                        {"unknown", "", "unknown"},
+                        {"hardcopy", "", "hardcopy"},
+                        {"xterm", "SET TERMINAL dumb\n", "dumb"},
+                        {"../x/xterm", "", "../x/xterm"},
+                        {"/usr/share/terminfo/x/xterm", "", "/usr/share/terminfo/x/xterm"},
+                        {endless, "", endless}};
+  zan::test::Promise promise(11);
+  for (const auto& [term, command, named] : cases) {
+    SCOPED_TRACE(named);
+    TerminalOptions options;
+    options.term = term;
+    TerminalDriver terminal(options);
+    terminal.type(command + "INSERT zero\nCHANGE\nTYPE 2\nSET TERMINAL vt100\n");
+    terminal.shows_text("Terminal: vt100");
+    EXPECT_TRUE(terminal.has_its_modes());
+    EXPECT_NE(terminal.output().find("?Cannot start screen mode: " + named + "\r\n"), std::string::npos);
+    EXPECT_NE(terminal.output().find("2 two\r\n"), std::string::npos);
+    terminal.type("CHANGE\n");
+    terminal.shows_text("zeroone");
+    terminal.type("\032EXIT\n");
+    EXPECT_EQ(terminal.exit_status(), 0);
+    promise.expect(terminal.file() == "zeroone\ntwo\nthree\n", named);
+  }
+}
+
+// After CHANGE the rest of a pipe is keys, after Ctrl/Z commands again; its end ends screen mode.
+TEST(Visits, KeysFromAPipe) {
+  for (const std::string end : {"\\032WRITE copy.txt\\n", "\\033OP\\033OwWRITE copy.txt\\r"}) {
+    const zan::test::ScratchDirectory home;
+    const std::string input = "printf 'CHANGE\\nhello\\rworld" + end + "'";
+    const std::string program = "TERM=xterm HOME=. timeout 20 " ZAN_PROGRAM " notes.txt >screen.out";
+    EXPECT_EQ(std::system(("cd " + home.path() + " && " + input + " | " + program).c_str()), 0);
+    EXPECT_EQ(zan::test::read_file(home / "copy.txt"), "hello\nworld\n");
+  }
 }
 
 TEST(Visits, ByAMacro) {
   const auto on_screen = [](const Shown& now) { return now.row(3) == "[EOB]"; };
   const auto in_line_mode = [&](const Shown& now) { return !on_screen(now); };
-  TerminalOptions options = wide();
+  TerminalOptions options;
   options.startup = "DEFINE MACRO M AS \"CHANGE\"\n";
   TerminalDriver terminal(options);
   constexpr std::size_t kTimes = 25;
@@ -92,24 +94,4 @@ TEST(Visits, ByAMacro) {
   EXPECT_EQ(terminal.exit_status(), 0);
   EXPECT_EQ(terminal.times_sent("\033>"), kTimes);
   EXPECT_TRUE(terminal.has_its_modes());
-}
-
-// A command that reads lines reads them at the screen's prompt.
-TEST(Visits, CommandsThatReadLines) {
-  struct Case {
-    std::string typed, shown; // at the prompt, and then in the text
-  };
-  const std::vector<Case> cases{
-      {"INSERT\raa\rbb\r.\r", "bbone"},
-      {"INSERT\raa\r\032\r", "aaone"},
-      {"INSERT\raa\r\003", "aaone"},
-      {"INSERT\r\003\033[6~", "three"},
-      {"DEFINE MACRO M\rINSERT zz\rEND\r\033OP\033OwM\r", "zzone"},
-  };
-  for (const auto& [typed, shown] : cases) {
-    TerminalDriver terminal(wide());
-    enter_screen(terminal);
-    terminal.type("\033OP\033Ow" + typed);
-    terminal.shows_text(shown);
-  }
 }

@@ -2,14 +2,9 @@
 
 #include <array>
 #include <csignal>
-#include <cstdlib>
 #include <fcntl.h>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <stdexcept>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
@@ -28,14 +23,16 @@ bool redirect(const std::string& path, int descriptor) {
   return file >= 0 && dup2(file, descriptor) >= 0 && close(file) == 0;
 }
 
-[[noreturn]] void become(char* const* arguments, char* const* environment, const std::string& home,
-                         int input) {
+[[noreturn]] void become(std::vector<std::string>& words, std::vector<std::string>& settings,
+                         const std::string& home, int input) {
+  settings.push_back("PID=" + std::to_string(getpid()));
   const bool ready = dup2(input, STDIN_FILENO) >= 0 && close(input) == 0 &&
                      redirect(home + "/stdout", STDOUT_FILENO) && redirect(home + "/stderr", STDERR_FILENO) &&
                      chdir((home + "/work").c_str()) == 0;
   std::signal(SIGPIPE, SIG_DFL);
+  std::signal(SIGHUP, SIG_DFL);
   alarm(kDeadline); // outlives exec: the program cannot hang, so nobody needs to watch the clock
-  if (ready) execve(arguments[0], arguments, environment);
+  if (ready) execve(words[0].c_str(), as_pointers(words).data(), as_pointers(settings).data());
   _exit(127);
 }
 
@@ -51,22 +48,6 @@ void feed(int descriptor, std::string_view input) {
 
 } // namespace
 
-TemporaryDirectory::TemporaryDirectory() {
-  std::string pattern = (std::filesystem::temp_directory_path() / "zan-test-XXXXXX").string();
-  if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a directory " + pattern);
-  path_ = std::filesystem::canonical(pattern).string();
-}
-
-TemporaryDirectory::~TemporaryDirectory() {
-  std::error_code ignored;
-  std::filesystem::remove_all(path_, ignored);
-}
-
-std::string read_whole_file(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(file), {}};
-}
-
 RunResult run_program(const std::string& program, const std::vector<std::string>& arguments,
                       const std::map<std::string, std::string>& environment, const std::string& home,
                       std::string_view input) {
@@ -74,8 +55,6 @@ RunResult run_program(const std::string& program, const std::vector<std::string>
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> settings;
   for (const auto& [name, value] : environment) settings.push_back(name + "=" + value);
-  const std::vector<char*> argument_pointers = as_pointers(words);
-  const std::vector<char*> setting_pointers = as_pointers(settings);
 
   std::signal(SIGPIPE, SIG_IGN);
   std::array<int, 2> ends{};
@@ -83,16 +62,13 @@ RunResult run_program(const std::string& program, const std::vector<std::string>
   fcntl(ends[1], F_SETFD, FD_CLOEXEC);
   const pid_t child = fork();
   if (child < 0) throw std::runtime_error("no process");
-  if (child == 0) become(argument_pointers.data(), setting_pointers.data(), home, ends[0]);
+  if (child == 0) become(words, settings, home, ends[0]);
   close(ends[0]);
   feed(ends[1], input);
 
   int state = 0;
   waitpid(child, &state, 0);
-  RunResult result;
-  result.timed_out = WIFSIGNALED(state) && WTERMSIG(state) == SIGALRM;
-  result.status = WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state);
-  result.output = read_whole_file(home + "/stdout");
-  result.errors = read_whole_file(home + "/stderr");
-  return result;
+  return {WIFEXITED(state) ? WEXITSTATUS(state) : 128 + WTERMSIG(state),
+          WIFSIGNALED(state) && WTERMSIG(state) == SIGALRM, zan::test::read_file(home + "/stdout"),
+          zan::test::read_file(home + "/stderr")};
 }

@@ -1,10 +1,15 @@
 #include "tests/sessions/text_forms.h"
 
 #include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
 #include <map>
+#include <stdexcept>
 
 std::string unescape(std::string_view text, std::size_t* used) {
-  static const std::map<char, char> kEscapes{{'n', '\n'}, {'r', '\r'}, {'t', '\t'}, {'0', '\0'}};
+  static const std::map<char, char> kEscapes{
+      {'n', '\n'}, {'r', '\r'}, {'t', '\t'}, {'0', '\0'}, {'e', '\x1b'}};
   std::string bytes;
   std::size_t i = 0;
   for (; i < text.size() && text[i] != '"'; ++i) {
@@ -22,37 +27,6 @@ std::string unescape(std::string_view text, std::size_t* used) {
   return bytes;
 }
 
-std::string shown(std::string_view bytes) {
-  std::string text;
-  for (const char c : bytes) {
-    const auto value = static_cast<unsigned char>(c);
-    if (value >= ' ' && value < 127) {
-      text += c;
-    } else {
-      const std::string_view digits = "0123456789abcdef";
-      text += c == '\n' ? std::string("\n") : std::string("\\x") + digits[value / 16] + digits[value % 16];
-    }
-  }
-  return text;
-}
-
-std::string difference(const std::string& expected, const std::string& actual) {
-  const auto ends = std::mismatch(expected.begin(), expected.end(), actual.begin(), actual.end());
-  const std::string same(expected.begin(), ends.first);
-  const std::size_t line_start = same.rfind('\n') + 1; // npos + 1 is 0
-  std::string picture;
-  const auto add = [&picture](char sign, std::string_view text) {
-    picture += "\n" + std::string{sign} + " ";
-    for (const char c : shown(text)) picture += c == '\n' ? "\n" + std::string{sign} + " " : std::string{c};
-  };
-  if (line_start > 0) add(' ', std::string_view(same).substr(0, line_start - 1));
-  add('-', std::string_view(expected).substr(line_start));
-  picture +=
-      "\n  " + std::string(shown(same.substr(line_start)).size(), ' ') + "^ expected above, actual below";
-  add('+', std::string_view(actual).substr(line_start));
-  return picture;
-}
-
 std::vector<std::string> split_arguments(std::string_view text) {
   std::vector<std::string> words;
   while (!text.empty()) {
@@ -68,4 +42,65 @@ std::vector<std::string> split_arguments(std::string_view text) {
     }
   }
   return words;
+}
+
+std::vector<std::string> lines_of_file(const std::string& name) {
+  std::vector<std::string> lines;
+  std::ifstream file(ZAN_TESTS "/" + name);
+  for (std::string line; std::getline(file, line);)
+    if (!line.empty() && !line.starts_with("# ")) lines.push_back(line);
+  if (lines.empty()) throw std::runtime_error("cannot read " + name);
+  return lines;
+}
+
+std::vector<std::string> split_fields(const std::string& row) {
+  std::vector<std::string> fields;
+  for (std::size_t begin = 0, end = 0; end != std::string::npos; begin = end + 2) {
+    end = row.find(" | ", begin);
+    const std::string field = row.substr(begin, end - begin);
+    const std::size_t first = std::min(field.find_first_not_of(' '), field.size());
+    fields.push_back(field.substr(first, field.find_last_not_of(' ') + 1 - first));
+  }
+  return fields;
+}
+
+std::pair<std::string, std::string> split_word(const std::string& text) {
+  const auto space = text.find(' ');
+  if (space == std::string::npos) return {text, ""};
+  return {text.substr(0, space), text.substr(space + 1)};
+}
+
+std::string Transcript::block(std::size_t& next) const {
+  std::string text;
+  for (; next < lines.size() && lines[next].text.starts_with('|'); ++next)
+    text += lines[next].text.substr(1) + '\n';
+  return text;
+}
+
+void PrintTo(const Transcript& transcript, std::ostream* out) { *out << transcript.name; }
+
+std::vector<Transcript> read_transcripts(const std::string& folder, const std::string& extension) {
+  std::vector<std::filesystem::path> paths;
+  for (const auto& entry : std::filesystem::directory_iterator(ZAN_TESTS "/" + folder))
+    if (entry.path().extension() == extension) paths.push_back(entry.path());
+  std::ranges::sort(paths);
+  std::vector<Transcript> found;
+  for (const auto& path : paths) {
+    std::ifstream file(path, std::ios::binary);
+    int number = 0;
+    for (std::string text; std::getline(file, text);) {
+      const std::string place = path.filename().string() + ":" + std::to_string(++number);
+      if (!text.starts_with("== ")) {
+        if (!found.empty()) found.back().lines.push_back({place, text});
+        continue;
+      }
+      std::string name = path.stem().string();
+      for (const char c : text.substr(2)) {
+        const bool plain = std::isalnum(static_cast<unsigned char>(c)) != 0;
+        if (plain || !name.ends_with('_')) name += plain ? c : '_';
+      }
+      found.push_back({name.substr(0, name.find_last_not_of('_') + 1), {}});
+    }
+  }
+  return found;
 }

@@ -9,16 +9,6 @@
 namespace zan {
 namespace {
 
-TEST(LineStore, BehavesAsAPlainListOfLines) {
-  std::mt19937 random(20240607);
-  test::Play play([&] { return random(); });
-  for (int i = 0; i < 25000; ++i) {
-    play.step();
-    if (i % 100 == 0) play.check_all();
-  }
-  play.check_all();
-}
-
 TEST(LineStore, IsOneEmptyLineAtFirstAndClampsPlaces) {
   LineStore store;
   EXPECT_EQ(store.line_count(), 1u);

@@ -82,44 +82,7 @@ class Play {
     Text& text = texts_[below(texts_.size())];
     const std::uint64_t begin = below(text.model.size() + 1);
     const std::uint64_t end = begin + below(std::min<std::uint64_t>(text.model.size() - begin, 300) + 1);
-    switch (below(12)) {
-    case 0:
-      insert(text, begin, some_bytes(40), true);
-      break;
-    case 1:
-      insert(text, begin, some_bytes(40), false);
-      break;
-    case 2:
-      type(text, begin);
-      break;
-    case 3:
-      insert(text, begin, some_bytes(below(20) == 0 ? 3000 : 200), true);
-      break;
-    case 4:
-      erase(text, begin, end);
-      break;
-    case 5:
-      erase(text, begin, begin + 1);
-      break;
-    case 6:
-      text = texts_[below(texts_.size())];
-      break;
-    case 7:
-      insert_store(text, begin);
-      break;
-    case 8:
-      texts_[below(texts_.size())] = part(text, begin, end + 600);
-      break;
-    case 9:
-      rebuild(text);
-      break;
-    case 10:
-      move(text, begin, end);
-      break;
-    case 11:
-      check_places(text, begin, end);
-      break;
-    }
+    edit(text, begin, end);
     if (text.model.size() > 20000) erase(text, 500, text.model.size() - 700);
     if (below(200) == 0) make_plain(text);
   }
@@ -129,6 +92,35 @@ class Play {
   }
 
  private:
+  void edit(Text& text, std::uint64_t begin, std::uint64_t end) {
+    switch (below(12)) {
+    case 0:
+      return insert(text, begin, some_bytes(40), true);
+    case 1:
+      return insert(text, begin, some_bytes(40), false);
+    case 2:
+      return type(text, begin);
+    case 3:
+      return insert(text, begin, some_bytes(below(20) == 0 ? 3000 : 200), true);
+    case 4:
+      return erase(text, begin, end);
+    case 5:
+      return erase(text, begin, begin + 1);
+    case 6:
+      return void(text = texts_[below(texts_.size())]);
+    case 7:
+      return insert_store(text, begin);
+    case 8:
+      return void(texts_[below(texts_.size())] = part(text, begin, end + 600));
+    case 9:
+      return rebuild(text);
+    case 10:
+      return move(text, begin, end);
+    default:
+      return check_places(text, begin, end);
+    }
+  }
+
   std::uint64_t below(std::uint64_t limit) { return choices_() % limit; }
 
   std::string some_bytes(std::uint64_t limit) {
