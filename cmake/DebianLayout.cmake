@@ -1,4 +1,8 @@
-# Run by CPack on each package's files before it packs them: what Debian wants to be otherwise in its own.
+# Run by CPack on each package's files before it packs them: modes, and what Debian wants to be otherwise in its own.
+
+# Directories are made as the umask of the one who packs says.
+file(CHMOD_RECURSE ${CPACK_TEMPORARY_DIRECTORY} DIRECTORY_PERMISSIONS
+     OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 if(NOT CPACK_GENERATOR STREQUAL "DEB")
   return()
 endif()
@@ -23,8 +27,8 @@ foreach(line IN LISTS changes)
   endif()
 endforeach()
 file(WRITE ${docs}/changelog "${entries}${trailer}")
-file(REMOVE ${docs}/CHANGELOG.md)
 file(WRITE ${docs}/copyright "ZAN, a line and screen editor for a character terminal.\n\nCopyright 2026 the ZAN developers\n")
+file(CHMOD ${docs}/changelog ${docs}/copyright PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
 
 file(GLOB compressed ${docs}/changelog ${usr}/share/man/*/*)
 execute_process(COMMAND gzip -9n ${compressed} COMMAND_ERROR_IS_FATAL ANY)

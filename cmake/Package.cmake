@@ -10,8 +10,8 @@ install(FILES share/completions/zan.bash DESTINATION ${CMAKE_INSTALL_DATADIR}/ba
 install(FILES share/completions/_zan DESTINATION ${CMAKE_INSTALL_DATADIR}/zsh/site-functions)
 install(FILES share/completions/zan.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 # For use, not for reading: systems that leave documents out keep them.
-install(DIRECTORY share/startup share/terminals DESTINATION ${CMAKE_INSTALL_DATADIR}/zan OPTIONAL)
-install(FILES docs/tutor.txt DESTINATION ${CMAKE_INSTALL_DATADIR}/zan OPTIONAL)
+install(DIRECTORY share/startup share/terminals DESTINATION ${CMAKE_INSTALL_DATADIR}/zan)
+install(FILES docs/tutor.txt DESTINATION ${CMAKE_INSTALL_DATADIR}/zan)
 
 if(TARGET zan AND NOT APPLE)
   target_link_options(zan PRIVATE LINKER:-z,relro,-z,now)
@@ -29,9 +29,7 @@ wildcards, undo and redo, macros, keys that the user defines, and a journal
 from which an interrupted session is recovered.")
 set(CPACK_PACKAGE_FILE_NAME zan-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR})
 set(CPACK_STRIP_FILES ON)
-# Whatever the umask is.
-set(CPACK_INSTALL_DEFAULT_DIRECTORY_PERMISSIONS
-    OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianLayout.cmake)
 set(CPACK_GENERATOR TGZ)
 
 find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
@@ -41,6 +39,7 @@ if(DPKG_SHLIBDEPS)
   set(CPACK_DEBIAN_PACKAGE_SECTION editors)
   set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-  set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianLayout.cmake)
+elseif(EXISTS /etc/debian_version)
+  message(STATUS "cpack makes no Debian package: dpkg-dev is not installed")
 endif()
 include(CPack)
