@@ -75,7 +75,7 @@ const std::vector<Place> kPlaces{
 // Where the program is busy; it has modified a text.
 std::vector<Place> busy_places() {
   const Step change{"SUBSTITUTE/one/1/\n", "1 1"};
-  const std::string large = "one\ntwo\n" + lines(1000, 20000);
+  const std::string large = "one\ntwo\n" + lines(250, 20000);
   const std::string changed = std::string(large).replace(0, 3, "1");
   std::vector<Place> places{
       {"inserted lines", {change}, {"BOTTOM\nINSERT\n!\n?\n", "__"}, "", ""},
