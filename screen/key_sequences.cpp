@@ -153,12 +153,10 @@ void register_key_sequences(bool pc_keypad) {
 }
 
 int key_meaning(const char* sequence) {
-  int meaning = key_defined(sequence);
-  for (const OtherKeys& keys : kOtherKeys) {
-    if (meaning != 0) break;
-    meaning = meaning_among(keys, sequence);
-  }
-  return meaning;
+  if (const int meaning = key_defined(sequence); meaning != 0) return meaning;
+  for (const OtherKeys& keys : kOtherKeys)
+    if (const int meaning = meaning_among(keys, sequence); meaning != 0) return meaning;
+  return 0;
 }
 
 } // namespace zan
