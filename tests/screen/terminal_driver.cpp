@@ -48,7 +48,8 @@ std::string row_text(VTermScreen* screen, int row, int columns) {
     vterm_screen_get_cell(screen, {row, column}, &cell);
     if ((cell.attrs.reverse != 0) != reverse) text += reverse ? '}' : '{';
     reverse = cell.attrs.reverse != 0;
-    append_utf8(text, cell.chars[0] == 0 ? ' ' : cell.chars[0]);
+    const bool second_half = cell.chars[0] == static_cast<std::uint32_t>(-1); // of a wide character
+    if (!second_half) append_utf8(text, cell.chars[0] == 0 ? ' ' : cell.chars[0]);
   }
   if (reverse) text += '}';
   text.erase(text.find_last_not_of(' ') + 1);
