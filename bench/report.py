@@ -200,8 +200,9 @@ INTRODUCTION = """# How fast it is
 
 and `bench/keys` for the time of a key and of a paste alone.
 
-Every editor ran in the same call on the same files, without a configuration of its own, on a pseudo-terminal of 24 by
-80, told what to do by the keys that a user would type. The text is lines as of a program, about 50 bytes each.
+Every editor ran in the same call on the same files, without a configuration of its own (but dte may open large files),
+on a pseudo-terminal of 24 by 80, told what to do by the keys that a user would type. The text is lines as of a program,
+about 50 bytes each.
 Figures are medians: of {rounds} for the files of one size after the other; an editor that took more than 2 s for a
 thing did it once, and on files of 500 MB and more only the two ran that were the fastest in that row before. *Net* is
 the time of that one thing, in a process that has loaded the file, until the screen shows it done; otherwise a time is
