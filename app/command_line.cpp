@@ -8,7 +8,7 @@
 #include <string_view>
 #include <unistd.h>
 
-#include "app/console.h"
+#include "host/console.h"
 #include "text/bytes.h"
 
 namespace zan {

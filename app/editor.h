@@ -10,11 +10,11 @@
 #include <string_view>
 #include <vector>
 
-#include "app/abort.h"
-#include "app/console.h"
 #include "command/line_range.h"
 #include "command/parser.h"
 #include "files/records.h"
+#include "host/abort.h"
+#include "host/console.h"
 #include "search/text_search.h"
 #include "text/buffer_registry.h"
 #include "text/byte_scan.h"

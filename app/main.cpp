@@ -8,10 +8,10 @@
 
 #include "app/command_line.h"
 #include "app/editor.h"
-#include "app/rescue.h"
-#include "app/signals.h"
-#include "app/stack.h"
+#include "app/members/rescue.h"
 #include "app/usage.h"
+#include "host/signals.h"
+#include "host/stack.h"
 #include "screen/terminal.h"
 
 namespace {

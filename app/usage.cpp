@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include "app/command_line.h"
-#include "app/console.h"
 #include "app/version.h"
+#include "host/console.h"
 
 namespace zan {
 

@@ -1,6 +1,6 @@
 #include "files/block_writer.h"
 
-#include "files/unique_fd.h"
+#include "host/unique_fd.h"
 
 namespace zan {
 

@@ -5,7 +5,7 @@
 #include <string_view>
 #include <sys/types.h>
 
-#include "files/unique_fd.h"
+#include "host/unique_fd.h"
 
 // Directory entries by directory and name: what is decided about a name and what is done to it then concern
 // the same directory, however the path to it changes meanwhile.

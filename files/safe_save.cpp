@@ -4,10 +4,10 @@
 #include <sys/stat.h>
 
 #include "files/file_attributes.h"
-#include "files/held_signals.h"
 #include "files/in_place.h"
 #include "files/place.h"
 #include "files/stat.h"
+#include "host/held_signals.h"
 
 namespace zan {
 

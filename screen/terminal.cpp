@@ -14,9 +14,9 @@
 #include <unistd.h>
 #include <utility>
 
-#include "app/console.h"
-#include "app/signals.h"
-#include "files/unique_fd.h"
+#include "host/console.h"
+#include "host/signals.h"
+#include "host/unique_fd.h"
 #include "screen/curses.h"
 #include "screen/draw.h"
 #include "screen/key_decoder.h"

@@ -43,14 +43,14 @@ def first_strings(path, table):
 
 def show_words():
     """The words that stand behind SHOW."""
-    keys = first_strings("command/settings.cpp", "kOtherSettings") + first_strings("command/dispatch.cpp", "auto rows")
+    keys = first_strings("command/members/settings.cpp", "kOtherSettings") + first_strings("command/members/dispatch.cpp", "auto rows")
     forms = [form.replace(" ", "-", 1) for table in ("kRegular", "kAliases")
              for form in first_strings("command/spellings.cpp", table)]
     return {key.removeprefix("SHOW-") for key in keys + forms if key.startswith("SHOW-")}
 
 
 def commands():
-    keys = [key.replace("-", " ") for key in first_strings("command/dispatch.cpp", "auto rows") if key != "GOTO-LINE"]
+    keys = [key.replace("-", " ") for key in first_strings("command/members/dispatch.cpp", "auto rows") if key != "GOTO-LINE"]
     return keys + ["UNDO", "REDO"] + [
         form.strip() for table in ("kRegular", "kAliases", "kPrefixes")
         for form in first_strings("command/spellings.cpp", table)]
@@ -62,7 +62,7 @@ def is_setting(name):
 
 def settings():
     """The words that stand behind SET."""
-    path = "command/settings.cpp"
+    path = "command/members/settings.cpp"
     words = first_strings(path, "kOnOffSettings") + first_strings(path, "kNumberSettings")
     words += [word for word in strings(path, "kChoiceSettings") if re.fullmatch("[A-Z]+", word)]
     words += first_strings(path, "kSearchWords")
@@ -115,8 +115,8 @@ def range_words():
 
 
 def other_words():
-    return set(first_strings("command/help_text.cpp", "kTopics") + strings("screen/nokeypad.cpp", "kWords")
-               + strings("screen/key_definitions.cpp", "kKeyNames"))
+    return set(first_strings("command/help_text.cpp", "kTopics") + strings("screen/members/nokeypad.cpp", "kWords")
+               + strings("screen/members/key_definitions.cpp", "kKeyNames"))
 
 
 def names(text):
@@ -218,7 +218,7 @@ def check_startup_page(page, known):
     spans = re.findall(r"^\.Cm PF(\d)\nto\n\.Cm PF(\d) ,", page, re.M)
     listed = {f"PF{number}" for first, last in spans for number in range(int(first), int(last) + 1)}
     complain("zan.ini.5", "has other keys", listed
-             ^ {name for name in strings("screen/key_definitions.cpp", "kKeyNames") if name.startswith("PF")})
+             ^ {name for name in strings("screen/members/key_definitions.cpp", "kKeyNames") if name.startswith("PF")})
     check_names("zan.ini.5", text, known | variables())
 
 

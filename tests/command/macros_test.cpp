@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "app/stack.h"
+#include "host/stack.h"
 
 namespace {
 

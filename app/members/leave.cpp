@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "app/rescue.h"
-#include "app/signals.h"
+#include "app/members/rescue.h"
+#include "host/signals.h"
 #include "screen/terminal.h"
 
 namespace {

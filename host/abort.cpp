@@ -1,4 +1,4 @@
-#include "app/abort.h"
+#include "host/abort.h"
 
 volatile std::sig_atomic_t g_zan_abort_requested = 0;
 

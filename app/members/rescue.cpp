@@ -1,10 +1,10 @@
-#include "app/rescue.h"
+#include "app/members/rescue.h"
 
 #include <cstdlib>
 
 #include "app/editor.h"
-#include "app/signals.h"
 #include "files/rescue_copy.h"
+#include "host/signals.h"
 #include "screen/terminal.h"
 
 namespace zan {

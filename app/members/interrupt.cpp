@@ -1,5 +1,5 @@
 #include "app/editor.h"
-#include "app/signals.h"
+#include "host/signals.h"
 
 namespace {
 

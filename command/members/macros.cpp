@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "app/stack.h"
 #include "command/macro_text.h"
+#include "host/stack.h"
 #include "text/bytes.h"
 
 namespace {

@@ -1,11 +1,11 @@
-#include "app/console.h"
+#include "host/console.h"
 
 #include <cerrno>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "app/abort.h"
-#include "app/signals.h"
+#include "host/abort.h"
+#include "host/signals.h"
 
 namespace zan {
 

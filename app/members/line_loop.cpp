@@ -2,11 +2,11 @@
 
 #include <cstdlib>
 
-#include "app/rescue.h"
-#include "app/signals.h"
-#include "app/stack.h"
+#include "app/members/rescue.h"
 #include "files/stat.h"
-#include "screen/screen_prompt.h"
+#include "host/signals.h"
+#include "host/stack.h"
+#include "screen/members/screen_prompt.h"
 #include "screen/terminal.h"
 #include "text/bytes.h"
 #include "text/load_file.h"

@@ -8,8 +8,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "app/signals.h"
 #include "files/block_writer.h"
+#include "host/signals.h"
 #include "text/bytes.h"
 
 extern char** environ;

@@ -1,9 +1,9 @@
-#include "app/signals.h"
+#include "host/signals.h"
 
 #include <array>
 #include <unistd.h>
 
-#include "app/abort.h"
+#include "host/abort.h"
 
 volatile std::sig_atomic_t g_zan_pending_signal = 0;
 

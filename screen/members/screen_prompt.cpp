@@ -1,4 +1,4 @@
-#include "screen/screen_prompt.h"
+#include "screen/members/screen_prompt.h"
 
 #include "app/editor.h"
 #include "screen/draw.h"

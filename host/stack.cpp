@@ -1,4 +1,4 @@
-#include "app/stack.h"
+#include "host/stack.h"
 
 #include <algorithm>
 #include <sys/resource.h>
