@@ -2,67 +2,30 @@
 
 #include <csignal>
 #include <cstdint>
-#include <deque>
-#include <map>
 #include <optional>
-#include <set>
 #include <string>
 #include <string_view>
 #include <vector>
 
-#include "command/line_range.h"
+#include "app/editor_state.h"
 #include "command/parser.h"
 #include "files/records.h"
 #include "host/abort.h"
-#include "host/console.h"
 #include "search/text_search.h"
-#include "text/buffer_registry.h"
 #include "text/byte_scan.h"
-#include "text/text_buffer.h"
 
-// The one editor: everything the program knows while it runs, and every operation of it. Members stand under
-// the folder that defines them; all are public, because the tables of commands, settings and keys point at
-// them.
+// The one editor: every operation on its state. Members stand under the folder that defines them; all are
+// public, because the tables of commands, settings and keys point at them.
 //
-// Conventions: `verbose` allows output on standard output; without it the same work is done silently and the
-// outcome is left in status_message. Rows and columns are zero-based bytes; numbers the user sees are
-// one-based.
-class Editor {
+// `verbose` allows output on standard output; without it the same work is done silently and the outcome is
+// left in status_message.
+class Editor : public EditorState {
  public:
   // What a command asks of the loop that ran it. Error: failed or refused; stays, and suppresses /SAVE.
   enum class CommandResult : std::uint32_t { Continue = 0, EnterScreen = 1, Exit = 2, Quit = 3, Error = 4 };
-  enum class Direction : std::uint32_t { Advance = 0, Backup = 1 };
 
-  using LineRange = zan::LineRange;
   using ParsedCommand = zan::ParsedCommand;
   using Qualifiers = zan::Qualifiers;
-  using Text = zan::LineStore; // a piece of text that shares its bytes with the buffer it came from
-
-  // The text between the mark and the cursor, start before end; the end is excluded.
-  struct SelSpan {
-    std::uint64_t start_row = 0;
-    std::uint64_t start_col = 0;
-    std::uint64_t end_row = 0;
-    std::uint64_t end_col = 0;
-    bool operator==(const SelSpan&) const = default;
-  };
-
-  // One entry of the undo or redo history. The registry's entry of the current buffer may be stale in it, as
-  // it may be in the editor: `buffer` holds that text.
-  struct UndoSnapshot {
-    TextBuffer buffer;
-    zan::BufferRegistry buffers;
-    std::string buffer_name;
-    std::uint64_t row = 0;
-    std::uint64_t col = 0;
-    std::uint64_t top = 0;
-    Direction direction = Direction::Advance;
-    std::string search;
-    Text deleted_char;
-    Text deleted_line;
-    Text deleted_word;
-    bool overstrike = false;
-  };
 
   // While it lives, Ctrl/C sets g_zan_abort_requested instead of ending the program, and interrupts a read.
   class AbortGuard {
@@ -110,7 +73,6 @@ class Editor {
   bool command_changes_text_or_buffers(std::string_view key) const;
 
   // ---- app/: journal and recovery
-  std::string journal_path() const;
   void append_journal_line(const std::string& line);
   void try_recover_journal();
   void delete_journal_file();
@@ -278,8 +240,6 @@ class Editor {
   void paste_text(const Text& text);
   void paste();
   void start_select();
-  std::optional<SelSpan> active_select_span() const;
-  bool select_active() const;
   void clear_select();
   void select_error(const std::string& message);
   void take_selected(void (Editor::*use)(const Text&));
@@ -308,101 +268,4 @@ class Editor {
   // ---- screen/: nokeypad mode
   bool execute_nokeypad_string(const std::string& commands, bool verbose);
   void nokeypad_mode();
-
-  // ---- fields: the command line
-  std::string input_file;                  // MAIN's file, shown in the banner
-  std::optional<std::string> command_file; // run after the startup file
-  std::optional<std::string> output_file;  // EXIT writes MAIN here instead
-  bool read_only = false;                  // refuse commands that change text
-  bool recover = false;                    // replay the journal at start
-  std::optional<std::string> journal_file; // explicit journal path
-
-  // ---- fields: writing files
-  std::string last_written_path; // versions included
-  bool vms_versions = false;     // every save makes the next ";n" version
-  bool rms_fixed = false;        // fixed-length records
-  int rms_record_length = 80;    // bytes of a fixed record
-
-  // ---- fields: ranges and translation
-  std::optional<LineRange> sticky_range; // used by TYPE, DELETE, WRITE and RETAIN when they are given none
-  std::map<char, char> xlate_map;        // ordered by signed byte
-
-  // ---- fields: buffers
-  bool input_found = false;                 // the last load of MAIN found its file
-  TextBuffer current;                       // working copy of the current buffer; every edit is made here
-  zan::BufferRegistry buffers;              // all named buffers; stale for the current one until it is saved
-  std::string current_buffer_name = "MAIN"; // the buffer that `current` stands for
-
-  // ---- fields: place in the text
-  std::uint64_t cursor_row = 0; // line, zero-based
-  std::uint64_t cursor_col = 0; // byte in that line; its length is a legal value
-  std::uint64_t top_row = 0;    // first line on the screen
-  std::uint64_t left_col = 0;   // first column on the screen
-
-  // ---- fields: how keys act
-  bool overstrike = false; // typing replaces instead of inserting
-  Direction direction = Direction::Advance;
-  bool count_pending = false; // GOLD has been pressed
-  int repeat_count = 0;       // count typed after GOLD
-  bool line_numbers = false;  // shown on the screen
-
-  // ---- fields: search
-  bool search_exact = true;
-  bool search_begin = false; // never together with search_end
-  bool search_end = false;
-  bool search_wild = true; // shown only; the pattern decides
-  bool search_word = false;
-  std::string search_string;
-  std::uint64_t match_length = 0; // of the last match found
-
-  // ---- fields: registers, messages, keys, macros
-  Text deleted_char;
-  Text deleted_line;
-  Text deleted_word;
-  std::string status_message; // bottom row of the screen
-  bool debug_keys = false;    // show the last key on the status line
-  std::string last_key_name;
-  std::map<std::string, std::string> key_definitions;
-  std::map<std::string, bool> macros;   // names of buffers that are macros
-  std::vector<std::string> macro_stack; // macros now running, innermost last
-  std::set<std::string> running_macros; // the same names, for the recursion guard
-
-  // ---- fields: history, newest last
-  std::deque<UndoSnapshot> undo_stack;
-  std::deque<UndoSnapshot> redo_stack;
-
-  // ---- fields: settings
-  int tab_width = 8;
-  bool quiet = false;
-  bool verify = false; // echo macro commands
-  bool wrap = false;
-  bool autorepeat = true; // with repeat: digits after GOLD form a count
-  bool repeat = true;
-  std::string case_mode = "NONE"; // NONE, LOWER, UPPER
-  std::string command_setting;    // the file of the last SET COMMAND
-  int cursor_top_margin = 0;
-  int cursor_bottom_margin = 0;
-  bool fnf = true; // report a missing input file at start
-  std::string help_file = "ZANHELP";
-  std::string keypad = "ZAN"; // ZAN, NOKEYPAD, WPS, PC
-  int screen_lines = 0;       // 0: the terminal's height
-  std::string paragraph = "NOWPS";
-  int screen_width = 0; // 0: the terminal's width
-  bool summary = true;  // EXIT prints path and line count
-  std::string terminal = "vt100";
-  std::string text_formfeed = "^L"; // shown for a form feed
-  std::string text_end = "[EOB]";
-  bool truncate = false;          // never scroll sideways
-  bool word_delimiters_on = true; // off: only white space ends a word
-  std::string prompt = "*";
-  std::string mode = "Line";
-  std::string word_delimiters = " \t.,;:!?()[]{}\"'+-*/=<>|\\&#@^%~`";
-
-  // ---- fields: the file list
-  std::vector<std::string> files;
-  std::uint64_t file_index = 0; // of the file in MAIN
-
-  // ---- fields: nesting, the line-mode terminal
-  int nesting_depth = 0; // command files and macros now running, one inside the other
-  zan::Console console;
 };

@@ -4,7 +4,6 @@
 #include <cwchar>
 #include <langinfo.h>
 
-#include "app/editor.h"
 #include "screen/curses.h"
 #include "screen/output_locale.h"
 #include "screen/terminal.h"
@@ -47,32 +46,6 @@ void put_row(int row, const Row& runs) {
     if (run.reverse) wattr_off(stdscr, A_REVERSE, nullptr);
     unchanged = 0;
   }
-}
-
-ScreenView view_of(const Editor& editor) {
-  ScreenView view;
-  view.text = editor.current.lines();
-  view.cursor = {editor.cursor_row, editor.cursor_col};
-  view.corner = {editor.top_row, editor.left_col};
-  view.rows = screen_size().rows;
-  view.columns = screen_size().columns;
-  view.screen_lines = editor.screen_lines;
-  view.top_margin = editor.cursor_top_margin;
-  view.bottom_margin = editor.cursor_bottom_margin;
-  view.line_numbers = editor.line_numbers;
-  view.truncate = editor.truncate;
-  return view;
-}
-
-std::string status_line(const Editor& editor) {
-  std::string text = " EDIT[" + editor.current_buffer_name + "]";
-  text += editor.direction == Editor::Direction::Backup ? " BACKUP" : " ADVANCE";
-  if (editor.overstrike) text += " OVR";
-  if (editor.select_active()) text += " SELECT";
-  if (editor.current.modified()) text += " *";
-  if (editor.left_col != 0) text += " col+" + std::to_string(editor.left_col);
-  if (!editor.debug_keys) return text + "  PF1=GOLD PF3=FNDNXT GOLD+PF3=FIND Ctrl/Z=CMD";
-  return text + "  KEY: " + (editor.last_key_name.empty() ? "(none)" : editor.last_key_name);
 }
 
 } // namespace
@@ -124,21 +97,3 @@ void screen_repaint() {
 }
 
 } // namespace zan
-
-void Editor::adjust_view() {
-  const zan::Corner corner = zan::corner_for_cursor(zan::view_of(*this));
-  top_row = corner.top_row;
-  left_col = corner.left_col;
-}
-
-void Editor::draw_screen() {
-  if (!g_curses_active) return;
-  adjust_view();
-  zan::ScreenView view = zan::view_of(*this);
-  view.width = zan::character_width();
-  if (const auto span = active_select_span())
-    view.selection = {{span->start_row, span->start_col}, {span->end_row, span->end_col}};
-  view.status = zan::status_line(*this);
-  view.message = status_message;
-  zan::show_picture(zan::make_picture(view));
-}

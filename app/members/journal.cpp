@@ -4,7 +4,7 @@
 
 namespace {
 
-zan::JournalFile journal_of(const Editor& editor) {
+zan::JournalFile journal_of(const EditorState& editor) {
   zan::JournalFile journal{editor.journal_path(), editor.journal_file && !editor.journal_file->empty(), {}};
   journal.protected_paths = editor.files;
   if (editor.output_file) journal.protected_paths.push_back(*editor.output_file);
@@ -14,7 +14,7 @@ zan::JournalFile journal_of(const Editor& editor) {
 
 } // namespace
 
-std::string Editor::journal_path() const {
+std::string EditorState::journal_path() const {
   if (journal_file && !journal_file->empty()) return *journal_file;
   return input_file.empty() ? ".zan.jou" : input_file + ".jou";
 }

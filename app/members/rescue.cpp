@@ -11,7 +11,7 @@ namespace zan {
 
 namespace {
 
-void rescue_buffer(const Editor& editor, std::string_view name, const TextBuffer& buffer) {
+void rescue_buffer(const EditorState& editor, std::string_view name, const TextBuffer& buffer) {
   if (!buffer.modified() || name == "PASTE" || editor.macros.contains(std::string(name))) return;
   const std::string copy = rescue_name(editor.input_file, name == "MAIN" ? "" : name);
   if (write_rescue_copy(directory_of(editor.journal_path()), copy, buffer.lines())) return;
@@ -21,7 +21,7 @@ void rescue_buffer(const Editor& editor, std::string_view name, const TextBuffer
 
 } // namespace
 
-void rescue(const Editor& editor) noexcept {
+void rescue(const EditorState& editor) noexcept {
   try {
     // The registry's entry of the current buffer may be stale.
     rescue_buffer(editor, editor.current_buffer_name, editor.current);
@@ -31,7 +31,7 @@ void rescue(const Editor& editor) noexcept {
   }
 }
 
-void end_if_asked(const Editor& editor) {
+void end_if_asked(const EditorState& editor) {
   if (g_zan_pending_signal == 0) return;
   zan_safe_endwin();
   if (g_zan_pending_signal != SIGINT) rescue(editor);

@@ -69,7 +69,7 @@ std::string many(std::uint64_t count, const char* noun, bool plural) {
   return std::to_string(count) + " " + noun + (plural ? "s" : "");
 }
 
-std::uint64_t fill_width(const Editor& editor) {
+std::uint64_t fill_width(const EditorState& editor) {
   if (editor.screen_width >= 1) return static_cast<std::uint64_t>(editor.screen_width);
   if (zan::screen_was_started())
     return static_cast<std::uint64_t>(std::max(20, zan::screen_size().columns - 1));

@@ -75,15 +75,13 @@ void Editor::start_select() {
   status_message = "SELECT";
 }
 
-std::optional<Editor::SelSpan> Editor::active_select_span() const {
+std::optional<EditorState::SelSpan> EditorState::active_select_span() const {
   if (!current.has_mark()) return std::nullopt;
   const zan::Position mark{current.mark_row(), current.mark_col()};
   const zan::Position cursor{cursor_row, cursor_col};
   const auto [start, end] = std::minmax(mark, cursor);
   return SelSpan{start.row, start.col, end.row, end.col};
 }
-
-bool Editor::select_active() const { return current.has_mark(); }
 
 void Editor::clear_select() { current.clear_mark(); }
 
