@@ -2,6 +2,7 @@
 
 import importlib.machinery
 import importlib.util
+import glob
 import os
 import re
 import shutil
@@ -98,9 +99,9 @@ def keypad_keys():
 
 def variables():
     found = set()
-    for folder in ("app", "command", "files", "screen", "search", "text"):
-        for name in os.listdir(os.path.join(ROOT, folder)):
-            text = read(f"{folder}/{name}")
+    for folder in ("app", "command", "files", "host", "screen", "search", "text"):
+        for path in glob.glob(f"{folder}/**/*.*", root_dir=ROOT, recursive=True):
+            text = read(path)
             found |= set(re.findall(r'(?:getenv|environment_turns_on)\("(\w+)"\)', text))
             found |= set(re.findall(r'size_or_environment\([^"]*"(\w+)"\)', text))
     return found
