@@ -1,8 +1,8 @@
 """Proves that what the program's tables name is named in the manual, and that the manual names nothing else."""
 
+import glob
 import importlib.machinery
 import importlib.util
-import glob
 import os
 import re
 import shutil
