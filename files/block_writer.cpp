@@ -11,6 +11,17 @@ constexpr std::size_t kLargestWrite = 1U << 30; // some systems refuse a count o
 
 } // namespace
 
+std::size_t write_bytes(int descriptor, std::string_view bytes) {
+  std::size_t written = 0;
+  while (written < bytes.size()) {
+    const std::size_t size = std::min(bytes.size() - written, kLargestWrite);
+    const ssize_t count = retry([&] { return ::write(descriptor, bytes.data() + written, size); });
+    if (count <= 0) break; // a write that takes nothing would be repeated for ever
+    written += static_cast<std::size_t>(count);
+  }
+  return written;
+}
+
 BlockWriter::BlockWriter(int descriptor) : descriptor_(descriptor), block_(kBlockSize, '\0') {}
 
 bool BlockWriter::put_across(std::string_view bytes) {
@@ -28,16 +39,10 @@ bool BlockWriter::flush() {
 }
 
 bool BlockWriter::write_out(std::string_view bytes) {
-  while (!bytes.empty() && !failed_) {
-    const std::size_t size = std::min(bytes.size(), kLargestWrite);
-    const ssize_t count = retry([&] { return ::write(descriptor_, bytes.data(), size); });
-    if (count <= 0) { // a write that takes nothing would be repeated for ever
-      failed_ = true;
-      break;
-    }
-    written_ += static_cast<std::uint64_t>(count);
-    bytes.remove_prefix(static_cast<std::size_t>(count));
-  }
+  if (failed_) return false;
+  const std::size_t count = write_bytes(descriptor_, bytes);
+  written_ += count;
+  failed_ = count < bytes.size();
   return !failed_;
 }
 

@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include "files/private_copy.h" // directory_of
 #include "text/line_store.h"
 
 // Copies of texts that would be lost with the program.
@@ -13,11 +15,11 @@ namespace zan {
 // belong into a file name become "_", and what is too long for one is cut off.
 std::string rescue_name(std::string_view path, std::string_view buffer);
 
-std::string directory_of(std::string_view path); // "." for a bare name
-
 // Writes the lines to a new file in the directory, which its owner alone may read whatever the umask is:
-// `name`, or if that is taken, be it by a link that leads nowhere, name.1, name.2 and so on. True when they
-// have reached the disk; otherwise no file is left behind. Takes next to no memory, and never throws.
-bool write_rescue_copy(const std::string& directory, const std::string& name, const LineStore& text) noexcept;
+// `name`, or if that is taken, be it by a link that leads nowhere, name.1, name.2 and so on. The path of the
+// copy when it has reached the disk; nothing otherwise, and then no file is left behind. Takes next to no
+// memory, and never throws.
+std::optional<std::string> write_rescue_copy(const std::string& directory, const std::string& name,
+                                             const LineStore& text) noexcept;
 
 } // namespace zan
