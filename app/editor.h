@@ -10,6 +10,7 @@
 #include "app/editor_state.h"
 #include "command/parser.h"
 #include "files/records.h"
+#include "files/safe_save.h"
 #include "host/abort.h"
 #include "search/text_search.h"
 #include "text/byte_scan.h"
@@ -82,6 +83,8 @@ class Editor : public EditorState {
   [[noreturn]] void save_and_exit_now();
   [[noreturn]] void quit_without_saving_now();
   void do_save(bool verbose);
+  void report_kept_text(const std::string& path, const std::string& copy);
+  void report_unsaved_copy(); // after the message of a save that has failed
 
   // ---- app/: output and input of commands
   // Writes the parts to standard output, when verbose.
@@ -158,6 +161,7 @@ class Editor : public EditorState {
   CommandResult next_file_command(bool verbose);
   CommandResult previous_file_command(bool verbose);
   CommandResult change_file(std::uint64_t index, bool verbose);
+  void load_input_file(); // into `current`
 
   // ---- command/: macros
   void define_macro_command(const std::string& arg, bool verbose);
@@ -191,9 +195,16 @@ class Editor : public EditorState {
   static std::string strip_vms_version(const std::string& path);
   static int highest_vms_version(const std::string& base);
   // Writes `rows` of the text as records. A path with a version is a new file; when the name has been taken
-  // since it was chosen, `path` becomes the next free one. False: nothing was written.
-  bool write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows);
+  // since it was chosen, `path` becomes the next free one. False: not written. `own`: the text's origin, when
+  // it goes to its own file and not to one that the user has named; then what this session does not know to
+  // be there is kept first.
+  bool write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows,
+                        const zan::OriginRef& own = nullptr);
   bool save_buffer_to_path(TextBuffer& buffer, std::string& path, bool verbose);
+  bool save_to_own_file(TextBuffer& buffer, std::string& path); // as EXIT, NEXT and /SAVE do
+  static bool stands_for_unread_file(const TextBuffer& buffer, const std::string& path);
+  zan::Guard guard_of(const std::string& path, const zan::OriginRef& own) const;
+  zan::OriginRef origin_of_written(const zan::FileState& state) const;
 
   // ---- screen/: the screen loop, rendering, prompts
   void screen_mode();

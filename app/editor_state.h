@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "command/line_range.h"
+#include "files/file_history.h"
 #include "host/console.h"
 #include "text/buffer_registry.h"
 #include "text/text_buffer.h"
@@ -62,6 +63,8 @@ struct EditorState {
 
   // ---- fields: writing files
   std::string last_written_path; // versions included
+  zan::FileHistory file_history; // what this session has read and written
+  std::string unsaved_copy;      // the only whole text of a save that failed halfway
   bool vms_versions = false;     // every save makes the next ";n" version
   bool rms_fixed = false;        // fixed-length records
   int rms_record_length = 80;    // bytes of a fixed record

@@ -6,41 +6,58 @@
 #include <sys/stat.h>
 
 #include "files/file_attributes.h"
+#include "files/private_copy.h"
 
 namespace zan {
 
 namespace {
 
-constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
-
-struct PrivateCopy {
+struct NewText {
   TemporaryFile file;
   std::uint64_t size = 0;
+  std::string path = {};
 };
 
-// A whole, synced copy in one directory, or nothing.
-std::optional<PrivateCopy> copy_into(int directory, const std::string& leaf, const ByteSource& source) {
-  TemporaryFile file(directory, leaf, kPrivate);
-  if (!file) return std::nullopt;
-  BlockWriter out(file.descriptor());
-  if (!source(out) || !out.flush() || !sync_fully(file.descriptor()) || !file.close()) return std::nullopt;
-  if (!sync_directory(directory)) return std::nullopt;
-  return PrivateCopy{std::move(file), out.written()};
+std::optional<NewText> copy_into(int directory, const std::string& path, const std::string& leaf,
+                                 const ByteSource& source) {
+  std::uint64_t size = 0;
+  auto file = make_private_copy(directory, leaf, [&](int descriptor) {
+    BlockWriter out(descriptor);
+    const bool written = source(out) && out.flush();
+    size = out.written();
+    return written;
+  });
+  if (!file || !sync_directory(directory)) return std::nullopt;
+  std::string name = path + file->name();
+  return NewText{std::move(*file), size, std::move(name)};
 }
 
 // Beside the file, or where there is room.
-std::optional<PrivateCopy> make_private_copy(const Place* place, const ByteSource& source) {
+std::optional<NewText> copy_of_new_text(const Place* place, const ByteSource& source) {
   const std::string leaf = place != nullptr ? place->leaf : std::string("text");
   if (place != nullptr) {
-    if (auto copy = copy_into(place->directory.get(), leaf, source)) return copy;
+    if (auto copy = copy_into(place->directory.get(), place->path, leaf, source)) return copy;
   }
-  for (const char* path : {static_cast<const char*>(std::getenv("TMPDIR")), "/tmp"}) {
-    if (path == nullptr) continue;
-    const UniqueFd directory = open_directory(path);
+  const char* const others[] = {std::getenv("HOME"), std::getenv("TMPDIR"), "/tmp"};
+  for (const char* path : others) {
+    const UniqueFd directory = path == nullptr ? UniqueFd() : open_directory(path);
     if (!directory) continue;
-    if (auto copy = copy_into(directory.get(), leaf, source)) return copy;
+    if (auto copy = copy_into(directory.get(), path_in(path, ""), leaf, source)) return copy;
   }
   return std::nullopt;
+}
+
+// Two editors that overwrite one file at once would mix their texts. True also where files have no locks.
+bool lock_now(int file) {
+#if defined(F_OFD_SETLK) // not given up when some other descriptor of the file is closed
+  constexpr int kSetLock = F_OFD_SETLK;
+#else
+  constexpr int kSetLock = F_SETLK;
+#endif
+  struct flock whole {};
+  whole.l_type = F_WRLCK;
+  whole.l_whence = SEEK_SET;
+  return ::fcntl(file, kSetLock, &whole) == 0 || (errno != EAGAIN && errno != EACCES);
 }
 
 // Claims the disk space of the first `size` bytes, holes included, without changing a byte or the length.
@@ -72,25 +89,34 @@ bool set_length(int file, off_t length) {
 
 } // namespace
 
-bool write_in_place(UniqueFd target, const Place* place, const ByteSource& source) {
-  std::optional<PrivateCopy> copy = make_private_copy(place, source);
-  if (!copy) return false;
+InPlace write_in_place(UniqueFd target, const std::string& path, const Place* place, const ByteSource& source,
+                       const Guard& guard) {
+  if (!lock_now(target.get())) return {};
+  std::optional<NewText> copy = copy_of_new_text(place, source);
+  OthersText others;
   struct stat before {};
-  if (::fstat(target.get(), &before) != 0) return false;
+  if (!copy || !others.keep_bytes(target.get(), path, guard) || ::fstat(target.get(), &before) != 0)
+    return {};
   if (!reserve_space(target.get(), copy->size)) {
     set_length(target.get(), before.st_size); // gives back what was reserved beyond the end
-    return false;
+    return {};
   }
   BlockWriter out(target.get());
   copy->file.keep(true); // from here on, whatever ends this function
+  others.stay(true);
   // Synced before and after the cut: the copy may go only when both have reached the disk.
-  const bool saved = source(out) && out.flush() && sync_fully(target.get()) &&
-                     set_length(target.get(), static_cast<off_t>(copy->size)) && sync_fully(target.get());
+  bool saved = source(out) && out.flush() && sync_fully(target.get()) &&
+               set_length(target.get(), static_cast<off_t>(copy->size)) && sync_fully(target.get());
   // The system takes the set-user-id bits from a file that is written; its owner may put them back.
   set_mode_bits(target.get(), before.st_mode);
-  const bool closed = target.close();
-  copy->file.keep(!(saved && closed) && out.written() > 0);
-  return saved && closed;
+  struct stat after {};
+  const bool known = ::fstat(target.get(), &after) == 0;
+  saved = target.close() && saved;
+  const bool touched = saved || out.written() > 0 || !known || after.st_size != before.st_size;
+  const bool halfway = touched && !saved;
+  copy->file.keep(halfway);
+  others.stay(touched);
+  return {saved, touched && known ? state_of(after) : FileState{}, others.path(), halfway ? copy->path : ""};
 }
 
 } // namespace zan

@@ -1,15 +1,24 @@
 #pragma once
 
 #include "files/block_writer.h"
+#include "files/others_text.h"
 #include "files/place.h"
 
 namespace zan {
 
-// Overwrites the regular file `target`, open for writing at its start, keeping its inode. Before the first
-// byte is touched, the new text lies whole and synced in a private copy (beside the file when `place` is
-// known and its directory can be written, else in $TMPDIR or /tmp) and the space for it is reserved; the file
-// gets its new length last. When that fails after old bytes were overwritten, the copy stays; otherwise it is
-// removed.
-bool write_in_place(UniqueFd target, const Place* place, const ByteSource& source);
+struct InPlace {
+  bool saved = false;
+  FileState state = {};     // of the file, once bytes of it have been overwritten; until then missing
+  std::string kept = {};    // where the guard has its old text
+  std::string unsaved = {}; // the private copy, if the file holds only part of its text
+};
+
+// Overwrites the regular file `target`, open for writing at its start as `path`, keeping its inode. Nobody
+// else may hold a lock on it meanwhile. Before the first byte is touched, the new text lies whole and synced
+// in a private copy (beside the file when `place` is known and its directory can be written, else at home, in
+// $TMPDIR or /tmp) and the space for it is reserved; the file gets its new length last. When that fails after
+// old bytes were overwritten, the copy stays; otherwise it is removed.
+InPlace write_in_place(UniqueFd target, const std::string& path, const Place* place, const ByteSource& source,
+                       const Guard& guard);
 
 } // namespace zan

@@ -1,6 +1,5 @@
 #include "files/output_file.h"
 
-#include "files/safe_save.h"
 #include "files/stat.h"
 #include "files/version_name.h"
 
@@ -12,17 +11,17 @@ constexpr int kAttempts = 100; // each costs another process a new version in th
 
 } // namespace
 
-bool save_output(std::string& path, const ByteSource& source) {
-  if (!has_vms_version(path)) return save_file(path, source, SaveMode::replace) == SaveResult::saved;
+Saved save_output(std::string& path, const ByteSource& source, const Guard& guard) {
+  if (!has_vms_version(path)) return save_file(path, source, SaveMode::replace, guard);
   const std::string base(strip_vms_version(path));
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    const SaveResult result = save_file(path, source, SaveMode::create_exclusively);
-    if (result != SaveResult::exists) return result == SaveResult::saved;
+    const Saved saved = save_file(path, source, SaveMode::create_exclusively);
+    if (saved.result != SaveResult::exists) return saved;
     const std::string next = next_vms_version(base, file_exists);
-    if (next == path) return save_file(path, source, SaveMode::replace) == SaveResult::saved;
+    if (next == path) return save_file(path, source, SaveMode::replace, guard);
     path = next;
   }
-  return false;
+  return {};
 }
 
 } // namespace zan

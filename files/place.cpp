@@ -72,18 +72,24 @@ UniqueFd open_directory(const std::string& path) { return open_file(path, kLookU
 
 std::optional<Place> find_place(const std::string& path) {
   UniqueFd base; // what a relative path starts from; none: the current directory
+  std::string base_path;
   std::string rest = path;
   for (int hop = 0; hop <= kLinkHops; ++hop) {
     const std::size_t slash = rest.rfind('/');
-    const std::string parent = slash == std::string::npos ? "." : rest.substr(0, slash + 1);
+    const std::string parent = slash == std::string::npos ? "" : rest.substr(0, slash + 1);
     std::string leaf = rest.substr(slash == std::string::npos ? 0 : slash + 1);
     if (leaf.empty()) return std::nullopt;
-    base = open_at(base ? base.get() : AT_FDCWD, parent, kLookUp | O_DIRECTORY, 0);
+    base = open_at(base ? base.get() : AT_FDCWD, parent.empty() ? "." : parent, kLookUp | O_DIRECTORY, 0);
     if (!base) return std::nullopt;
+    base_path = parent.starts_with('/') ? parent : base_path + parent;
     rest = read_link(base.get(), leaf);
-    if (rest.empty()) return Place{std::move(base), std::move(leaf)};
+    if (rest.empty()) return Place{std::move(base), std::move(leaf), std::move(base_path)};
   }
   return std::nullopt;
+}
+
+UniqueFd open_in(const Place& place, int flags) {
+  return open_at(place.directory.get(), place.leaf, flags, 0);
 }
 
 bool sync_directory(int directory) {

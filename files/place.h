@@ -19,7 +19,10 @@ UniqueFd open_directory(const std::string& path); // to look names up in; it may
 struct Place {
   UniqueFd directory;
   std::string leaf; // never a symbolic link when it was found, possibly missing
+  std::string path; // of the directory, such that path + leaf names the file
 };
+
+UniqueFd open_in(const Place& place, int flags); // the file itself
 
 // Follows the symbolic links at the end of `path`, also to a file that does not exist. Nothing for a path
 // that ends in a slash, a link loop or a missing directory.
@@ -40,6 +43,7 @@ class TemporaryFile {
   explicit operator bool() const { return !name_.empty(); }
   int descriptor() const { return file_.get(); }
   bool close() { return file_.close(); }
+  const std::string& name() const { return name_; }
   void keep(bool kept) { kept_ = kept; }
 
   bool rename_over(const std::string& leaf); // takes the place of `leaf`, whole and at once

@@ -46,7 +46,13 @@ bool rename_is_refused(int error) {
   return error == EPERM || error == EACCES || error == EBUSY || error == EXDEV;
 }
 
-RenameResult replace_by_rename(int target, mode_t mode, const Place& place, const ByteSource& source) {
+FileState state_of_open(int file) {
+  struct stat status {};
+  return ::fstat(file, &status) == 0 ? state_of(status) : FileState{};
+}
+
+RenameResult replace_by_rename(int target, mode_t mode, const Place& place, const ByteSource& source,
+                               const Guard& guard, Saved& saved) {
   const HeldSignals held;
   TemporaryFile fresh(place.directory.get(), place.leaf, kPrivate);
   // Tried first on the empty file, because it decides the way, and again later, because writing takes some
@@ -56,10 +62,16 @@ RenameResult replace_by_rename(int target, mode_t mode, const Place& place, cons
   if (!copy_owner_and_attributes(target, fresh.descriptor()) || !set_mode_bits(fresh.descriptor(), mode)) {
     return RenameResult::not_possible;
   }
-  if (!sync_fully(fresh.descriptor()) || !fresh.close()) return RenameResult::failed;
+  if (!sync_fully(fresh.descriptor())) return RenameResult::failed;
+  const FileState state = state_of_open(fresh.descriptor());
+  OthersText others;
+  if (!fresh.close() || !others.keep_entry(place, guard)) return RenameResult::failed;
   if (!fresh.rename_over(place.leaf)) {
     return rename_is_refused(errno) ? RenameResult::not_possible : RenameResult::failed;
   }
+  others.stay(true);
+  saved.kept = others.path();
+  saved.state = state;
   return sync_directory(place.directory.get()) ? RenameResult::saved : RenameResult::failed;
 }
 
@@ -68,28 +80,33 @@ bool write_stream(UniqueFd target, const ByteSource& source) {
   return write_to(target.get(), source) && sync_fully(target.get()) && target.close();
 }
 
-SaveResult overwrite(const std::string& path, UniqueFd target, const ByteSource& source) {
-  const auto result = [](bool saved) { return saved ? SaveResult::saved : SaveResult::failed; };
+SaveResult result_of(bool saved) { return saved ? SaveResult::saved : SaveResult::failed; }
+
+Saved overwrite(const std::string& path, UniqueFd target, const ByteSource& source, const Guard& guard) {
   struct stat file {};
-  if (::fstat(target.get(), &file) != 0) return SaveResult::failed;
-  if (!S_ISREG(file.st_mode)) return result(write_stream(std::move(target), source));
+  if (::fstat(target.get(), &file) != 0) return {};
+  if (!S_ISREG(file.st_mode)) return {result_of(write_stream(std::move(target), source))};
   const std::optional<Place> place = find_place(path);
+  Saved saved;
   if (place && may_be_replaced(file, *place)) {
-    const RenameResult renamed = replace_by_rename(target.get(), file.st_mode, *place, source);
-    if (renamed != RenameResult::not_possible) return result(renamed == RenameResult::saved);
+    const RenameResult renamed = replace_by_rename(target.get(), file.st_mode, *place, source, guard, saved);
+    saved.result = result_of(renamed == RenameResult::saved);
+    if (renamed != RenameResult::not_possible) return saved;
   }
-  return result(write_in_place(std::move(target), place ? &*place : nullptr, source));
+  const InPlace written = write_in_place(std::move(target), path, place ? &*place : nullptr, source, guard);
+  return {result_of(written.saved), written.state, written.kept, written.unsaved};
 }
 
-SaveResult create(const std::string& path, const ByteSource& source) {
+Saved create(const std::string& path, const ByteSource& source) {
   const std::optional<Place> place = find_place(path);
-  if (!place) return SaveResult::failed;
+  if (!place) return {};
   const HeldSignals held;
   TemporaryFile fresh(place->directory.get(), place->leaf, kNewFile);
-  if (!fresh || !write_to(fresh.descriptor(), source)) return SaveResult::failed;
-  if (!sync_fully(fresh.descriptor()) || !fresh.close()) return SaveResult::failed;
-  if (!fresh.rename_to_new(place->leaf)) return errno == EEXIST ? SaveResult::exists : SaveResult::failed;
-  return sync_directory(place->directory.get()) ? SaveResult::saved : SaveResult::failed;
+  if (!fresh || !write_to(fresh.descriptor(), source) || !sync_fully(fresh.descriptor())) return {};
+  const FileState state = state_of_open(fresh.descriptor());
+  if (!fresh.close()) return {};
+  if (!fresh.rename_to_new(place->leaf)) return {errno == EEXIST ? SaveResult::exists : SaveResult::failed};
+  return {result_of(sync_directory(place->directory.get())), state};
 }
 
 bool name_is_taken(const std::string& path) { // also by a dangling link
@@ -99,19 +116,19 @@ bool name_is_taken(const std::string& path) { // also by a dangling link
 
 } // namespace
 
-SaveResult save_file(const std::string& path, const ByteSource& source, SaveMode mode) {
-  if (!is_usable_path(path)) return SaveResult::failed;
+Saved save_file(const std::string& path, const ByteSource& source, SaveMode mode, const Guard& guard) {
+  if (!is_usable_path(path)) return {};
   if (mode == SaveMode::create_exclusively) {
-    return name_is_taken(path) ? SaveResult::exists : create(path, source);
+    return name_is_taken(path) ? Saved{SaveResult::exists} : create(path, source);
   }
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     UniqueFd target = open_file(path, O_WRONLY);
-    if (target) return overwrite(path, std::move(target), source);
+    if (target) return overwrite(path, std::move(target), source, guard);
     if (errno != ENOENT) break;
-    const SaveResult created = create(path, source);
-    if (created != SaveResult::exists) return created; // else it has appeared meanwhile
+    const Saved created = create(path, source);
+    if (created.result != SaveResult::exists) return created; // else it has appeared meanwhile
   }
-  return SaveResult::failed;
+  return {};
 }
 
 } // namespace zan

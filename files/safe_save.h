@@ -3,6 +3,8 @@
 #include <string>
 
 #include "files/block_writer.h"
+#include "files/others_text.h"
+#include "text/file_state.h"
 
 namespace zan {
 
@@ -17,6 +19,15 @@ enum class SaveResult {
   exists  // create_exclusively only: the name is taken, nothing was written
 };
 
+struct Saved {
+  SaveResult result = SaveResult::failed;
+  FileState state = {};     // of the file with the new text, or with part of it; missing: nothing was written
+  std::string kept = {};    // where the text lies that the file held and the guard would not lose; "": none
+  std::string unsaved = {}; // the private copy that has become the only whole text; "": there is none
+
+  explicit operator bool() const { return result == SaveResult::saved; }
+};
+
 // Writes the bytes of `source` as the file `path`, such that the old text or the new one, whole, survives a
 // full disk, a crash or a kill at any instant, and that the file stays what it was.
 //
@@ -27,9 +38,12 @@ enum class SaveResult {
 // written beside it under a temporary name, synced and renamed. Anything else is written in place. For a
 // regular file (with several links, in a directory that cannot be written, of another owner ...) the space is
 // reserved before the first byte is touched, and a private synced copy of the new text, ".NAME.zan-XXXXXX"
-// beside the file or in $TMPDIR or /tmp, exists until the last byte is on the disk. If the disk fails after
-// old bytes have been overwritten, that copy is the only whole text left and stays there. In every other
-// case a failed save leaves the file as it was and no temporary file.
-SaveResult save_file(const std::string& path, const ByteSource& source, SaveMode mode);
+// beside the file, at home, in $TMPDIR or /tmp, exists until the last byte is on the disk. If the disk fails
+// after old bytes have been overwritten, that copy is the only whole text left and stays there. In every
+// other case a failed save leaves the file as it was and no temporary file.
+//
+// A regular file in a state that the guard does not let go is kept beforehand; when that cannot be, the save
+// fails.
+Saved save_file(const std::string& path, const ByteSource& source, SaveMode mode, const Guard& guard = {});
 
 } // namespace zan

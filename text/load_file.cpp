@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <exception>
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -23,9 +24,12 @@ class InputFile {
     do {
       descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
     } while (descriptor_ < 0 && errno == EINTR);
+    const bool missing = descriptor_ < 0 && (errno == ENOENT || errno == ENOTDIR);
     struct stat status {};
     readable_ = descriptor_ >= 0 && fstat(descriptor_, &status) == 0 && !S_ISDIR(status.st_mode);
     if (readable_ && S_ISREG(status.st_mode)) size_ = static_cast<std::size_t>(status.st_size);
+    if (readable_) state_ = state_of(status);
+    if (!readable_ && !missing) state_.kind = FileState::Kind::unreadable;
   }
   InputFile(const InputFile&) = delete;
   InputFile& operator=(const InputFile&) = delete;
@@ -35,6 +39,7 @@ class InputFile {
 
   bool readable() const { return readable_; }
   std::size_t size() const { return size_; } // what is known of it; 0 for a pipe
+  const FileState& state() const { return state_; }
 
   // Bytes read, 0 only at the end (size > 0); nothing on error.
   std::optional<std::size_t> read_some(char* into, std::size_t size) {
@@ -49,6 +54,7 @@ class InputFile {
   int descriptor_ = -1;
   bool readable_ = false;
   std::size_t size_ = 0;
+  FileState state_;
 };
 
 // Collects the text as it comes in. A carriage return at the end of what was read so far lies after the used
@@ -133,11 +139,7 @@ class Loader {
   bool returns_ = false;          // in this block, the held one aside
 };
 
-} // namespace
-
-std::optional<LoadedText> load_file(const std::string& path) {
-  InputFile file(path);
-  if (!file.readable()) return std::nullopt;
+std::optional<LoadedText> load_from(InputFile& file) {
   Loader loader(file.size());
   for (;;) {
     const auto count = loader.read_from(file);
@@ -146,9 +148,7 @@ std::optional<LoadedText> load_file(const std::string& path) {
   }
 }
 
-std::optional<std::string> read_whole_file(const std::string& path) {
-  InputFile file(path);
-  if (!file.readable()) return std::nullopt;
+std::optional<std::string> read_whole(InputFile& file) {
   std::string bytes;
   std::size_t used = 0;
   for (;;) {
@@ -160,6 +160,45 @@ std::optional<std::string> read_whole_file(const std::string& path) {
     bytes.resize(used);
     return bytes;
   }
+}
+
+// What `read` makes of the file; nothing also when the file is larger than memory.
+template <typename Result> Result if_readable(InputFile& file, Result (*read)(InputFile&)) {
+  if (!file.readable()) return std::nullopt;
+  try {
+    return read(file);
+  } catch (const std::exception&) {
+    return std::nullopt;
+  }
+}
+
+} // namespace
+
+FileState state_of(const struct stat& file) {
+#if defined(__APPLE__)
+  const struct timespec& changed = file.st_mtimespec;
+#else
+  const struct timespec& changed = file.st_mtim;
+#endif
+  return {FileState::Kind::present,
+          static_cast<std::uint64_t>(file.st_dev),
+          static_cast<std::uint64_t>(file.st_ino),
+          static_cast<std::int64_t>(file.st_size),
+          static_cast<std::int64_t>(changed.tv_sec),
+          static_cast<std::int64_t>(changed.tv_nsec)};
+}
+
+std::optional<LoadedText> load_file(const std::string& path, FileState* found) {
+  InputFile file(path);
+  auto loaded = if_readable(file, load_from);
+  if (found != nullptr) *found = file.state();
+  if (found != nullptr && !loaded && file.readable()) found->kind = FileState::Kind::unreadable;
+  return loaded;
+}
+
+std::optional<std::string> read_whole_file(const std::string& path) {
+  InputFile file(path);
+  return if_readable(file, read_whole);
 }
 
 } // namespace zan

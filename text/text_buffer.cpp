@@ -59,7 +59,9 @@ std::optional<LineStore> TextBuffer::lines_in_range(std::uint64_t first, std::ui
 bool TextBuffer::load(const std::string& path) {
   filename_ = path;
   clear_mark();
-  auto loaded = zan::load_file(path);
+  zan::FileState found;
+  auto loaded = zan::load_file(path, &found);
+  origin_ = std::make_shared<const zan::FileOrigin>(zan::FileOrigin{path, found});
   lines_ = loaded ? std::move(loaded->lines) : LineStore();
   final_newline_ = loaded ? loaded->final_newline : true;
   modified_ = false;

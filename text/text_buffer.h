@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "text/file_state.h"
 #include "text/line_store.h"
 
 // One editable text: its lines, file name, flags and mark. A value; copies share unchanged text (LineStore),
@@ -20,6 +21,9 @@ class TextBuffer {
   bool modified() const { return modified_; }
   void clear_modified() { modified_ = false; }
   void mark_modified() { modified_ = true; }
+  // The file that the text was loaded from, whatever has been done to the text since; null: none.
+  const zan::OriginRef& origin() const { return origin_; }
+  void set_origin(zan::OriginRef origin) { origin_ = std::move(origin); }
 
   // ---- reading
   const zan::LineStore& lines() const { return lines_; }
@@ -98,6 +102,7 @@ class TextBuffer {
   void join_with_next(std::uint64_t row); // row + 1 exists
 
   std::string filename_;
+  zan::OriginRef origin_;
   zan::LineStore lines_;
   bool modified_ = false;
   bool final_newline_ = true;

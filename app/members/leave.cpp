@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <unistd.h>
 
 #include "app/members/rescue.h"
 #include "host/signals.h"
@@ -25,9 +26,11 @@ void Editor::save_and_exit_now() {
   TextBuffer& main = named_buffer("MAIN");
   if (output_file) main.set_filename(*output_file);
   std::string path = resolve_write_path(main.filename());
-  if (!save_buffer_to_path(main, path, false)) {
+  const bool named = output_file && !stands_for_unread_file(main, path);
+  if (!(named ? save_buffer_to_path(main, path, false) : save_to_own_file(main, path))) {
     zan::rescue(*this);
     console.write_error("?Unable to write " + path + "\n");
+    report_unsaved_copy();
     leave(console, 2);
   }
   delete_journal_file();
@@ -48,9 +51,22 @@ void Editor::quit_without_saving_now() {
 
 void Editor::do_save(bool verbose) {
   std::string path = resolve_write_path(current.filename());
-  if (save_buffer_to_path(current, path, verbose)) {
+  if (save_to_own_file(current, path)) {
     say(verbose, "[Saved ", last_written_path, "]\n");
   } else {
     say(verbose, "?Unable to save ", current.filename(), "\n");
+    report_unsaved_copy();
   }
+}
+
+void Editor::report_kept_text(const std::string& path, const std::string& copy) {
+  if (copy.empty()) return;
+  const std::string line = "?" + path + " was changed by another program; its text is in " + copy;
+  if (g_curses_active) status_message = line;
+  if (!g_curses_active || ::isatty(STDERR_FILENO) == 0) console.write_error(line + "\n");
+}
+
+void Editor::report_unsaved_copy() {
+  if (unsaved_copy.empty() || g_curses_active || ::isatty(STDERR_FILENO) == 0) return;
+  console.write_error("?The new text is in " + unsaved_copy + "\n");
 }

@@ -12,9 +12,8 @@
 #include "text/load_file.h"
 
 int Editor::run() {
-  input_found = current.load(input_file);
+  load_input_file();
   zan::answer_ending_signals(); // only now: until then, nothing can be lost
-  current.set_filename(input_file);
   buffers.entry("MAIN") = current;
   buffers.entry("PASTE") = TextBuffer();
   current_buffer_name = "MAIN";

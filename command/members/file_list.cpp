@@ -22,16 +22,16 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   save_current_buffer_state();
   TextBuffer& main = named_buffer("MAIN");
   std::string path = resolve_write_path(main.filename());
-  if (!save_buffer_to_path(main, path, false)) {
+  if (!save_to_own_file(main, path)) {
     status_message = "?Unable to write " + path;
     say(verbose, status_message, "\n");
+    report_unsaved_copy();
     return CommandResult::Error;
   }
   file_index = index;
   input_file = files[index];
   current = TextBuffer();
-  input_found = current.load(input_file);
-  current.set_filename(input_file);
+  load_input_file();
   buffers.entry("MAIN") = current;
   current_buffer_name = "MAIN";
   cursor_row = 0;
@@ -43,4 +43,10 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   say(verbose, input_file, "\n");
   if (verbose) type_current_line(false, 40);
   return CommandResult::Continue;
+}
+
+void Editor::load_input_file() {
+  input_found = current.load(input_file);
+  current.set_origin(file_history.loaded(current.origin()));
+  current.set_filename(input_file);
 }

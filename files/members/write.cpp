@@ -1,7 +1,10 @@
 #include "app/editor.h"
 
+#include <cstdlib>
+
 #include "files/output_file.h"
 #include "files/records.h"
+#include "files/rescue_copy.h"
 #include "files/stat.h"
 #include "files/version_name.h"
 #include "text/bytes.h"
@@ -60,6 +63,7 @@ void Editor::write_command(const std::string& arg, bool verbose) {
     say(verbose, path, " written\n");
   } else {
     say(verbose, "?Unable to write ", path, "\n");
+    report_unsaved_copy();
   }
 }
 
@@ -75,10 +79,16 @@ int Editor::highest_vms_version(const std::string& base) {
   return zan::highest_vms_version(base, zan::file_exists);
 }
 
-bool Editor::write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows) {
+bool Editor::write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows,
+                              const zan::OriginRef& own) {
   const zan::ByteSource source =
       zan::record_source(text, rows, zan::effective_record_length(rms_fixed, rms_record_length));
-  if (!zan::save_output(path, source)) return false;
+  const zan::Saved saved = zan::save_output(path, source, guard_of(path, own));
+  // Also after a failure: the file may have the new text, or part of it.
+  file_history.wrote(saved.state, own != nullptr ? own : origin_of_written(saved.state));
+  report_kept_text(path, saved.kept);
+  unsaved_copy = saved.unsaved;
+  if (!saved) return false;
   last_written_path = path;
   return true;
 }
@@ -87,4 +97,34 @@ bool Editor::save_buffer_to_path(TextBuffer& buffer, std::string& path, bool) {
   if (path.empty() || !write_lines_file(path, buffer.lines(), {0, buffer.line_count()})) return false;
   if (zan::strip_vms_version(path) == zan::strip_vms_version(buffer.filename())) buffer.clear_modified();
   return true;
+}
+
+bool Editor::save_to_own_file(TextBuffer& buffer, std::string& path) {
+  if (path.empty() || stands_for_unread_file(buffer, path)) return false;
+  if (!write_lines_file(path, buffer.lines(), {0, buffer.line_count()}, buffer.origin())) return false;
+  buffer.clear_modified();
+  return true;
+}
+
+bool Editor::stands_for_unread_file(const TextBuffer& buffer, const std::string& path) {
+  const zan::OriginRef& origin = buffer.origin();
+  return origin != nullptr && origin->state.kind == zan::FileState::Kind::unreadable && origin->path == path;
+}
+
+zan::Guard Editor::guard_of(const std::string& path, const zan::OriginRef& own) const {
+  if (own == nullptr) return {};
+  const auto may_replace = [this, own](const zan::FileState& state) {
+    return file_history.belongs_to(state, own);
+  };
+  const std::string directory = zan::directory_of(path);
+  const char* home = std::getenv("HOME");
+  return {may_replace, zan::rescue_name(path, ""), {directory, home != nullptr ? home : directory}};
+}
+
+// What WRITE puts into MAIN's file, by whatever name, is no surprise to the user when MAIN is saved.
+zan::OriginRef Editor::origin_of_written(const zan::FileState& state) const {
+  struct stat file {};
+  if (zan_stat(input_file.c_str(), &file) != 0 || zan::state_of(file) != state) return nullptr;
+  const TextBuffer* main = current_buffer_name == "MAIN" ? &current : buffers.find("MAIN");
+  return main != nullptr ? main->origin() : nullptr;
 }

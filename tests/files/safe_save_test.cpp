@@ -20,7 +20,7 @@ zan::ByteSource source_of(const std::string& bytes) {
 }
 
 SaveResult save(const std::string& path, const std::string& bytes, SaveMode mode = SaveMode::replace) {
-  return zan::save_file(path, source_of(bytes), mode);
+  return zan::save_file(path, source_of(bytes), mode).result;
 }
 
 // Texts of each kind, one after the other, in the file; nothing else is left in the directory.
@@ -94,7 +94,7 @@ TEST(SafeSave, TheCopyStaysWhenOverwritingFailsHalfway) {
     const auto failing = [&](zan::BlockWriter& out) {
       return ++walks == 1 ? out.put(kLong) : out.put(kLong.substr(0, reached)) && false;
     };
-    EXPECT_EQ(zan::save_file(dir / "a", failing, SaveMode::replace), SaveResult::failed);
+    EXPECT_EQ(zan::save_file(dir / "a", failing, SaveMode::replace).result, SaveResult::failed);
     if (reached == 10) {
       EXPECT_EQ(read_file(dir / "b"), "old"); // no byte had been written yet
       EXPECT_EQ(dir.names(), (Names{"a", "b"}));
@@ -117,8 +117,9 @@ TEST(SafeSave, NewVersionOverwritesNothing) {
       return out.put("ours");
     };
   };
-  EXPECT_EQ(zan::save_file(dir / "f;2", racing("f;2"), SaveMode::create_exclusively), SaveResult::exists);
-  EXPECT_EQ(zan::save_file(dir / "g", racing("g"), SaveMode::replace), SaveResult::saved);
+  EXPECT_EQ(zan::save_file(dir / "f;2", racing("f;2"), SaveMode::create_exclusively).result,
+            SaveResult::exists);
+  EXPECT_EQ(zan::save_file(dir / "g", racing("g"), SaveMode::replace).result, SaveResult::saved);
   EXPECT_EQ(read_file(dir / "g"), "ours");
   std::string path = dir / "f;3";
   EXPECT_TRUE(zan::save_output(path, racing("f;3")));
