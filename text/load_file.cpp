@@ -152,7 +152,8 @@ std::optional<std::string> read_whole(InputFile& file) {
   std::string bytes;
   std::size_t used = 0;
   for (;;) {
-    if (used == bytes.size()) bytes.resize(std::max({file.size() + 1, 2 * used, kFirstExtraBlock}));
+    const std::size_t first = file.size() > 0 ? file.size() + 1 : kFirstExtraBlock;
+    if (used == bytes.size()) bytes.resize(std::max(first, 2 * used));
     const auto count = file.read_some(bytes.data() + used, bytes.size() - used);
     if (!count) return std::nullopt;
     used += *count;

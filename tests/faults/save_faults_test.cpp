@@ -30,6 +30,7 @@ struct Save : Row {
   std::string old_text = is("new") ? "" : "old" + tail + "\n";
   std::string journal = get("journal", "work/f.jou");
   bool in_place = is("in place");
+  bool others = is("others"); // the old text is to be kept
 
   bool exits() const { return line == "EXIT"; }
   std::string path() const { return "work/" + target; }
@@ -106,26 +107,34 @@ class Judge {
 
   void judge_text() {
     const bool whole = text_ == save_.old_text || text_ == save_.new_text;
-    if (!whole && !(save_.in_place && has_copy())) note("text of " + std::to_string(text_.size()) + " bytes");
-    if (before_.contains(save_.path()) && identity(stage_ / save_.target) != identity_) {
+    if (!whole && !(save_.in_place && has_copy(is_temporary, save_.new_text)))
+      note("text of " + std::to_string(text_.size()) + " bytes");
+    if (save_.others && text_ != save_.old_text && !has_copy(is_rescue_copy, save_.old_text)) {
+      note("the other text is gone");
+    }
+    const bool has_two_names = save_.others && killed_; // it may have, for a moment
+    if (before_.contains(save_.path()) && !has_two_names && identity(stage_ / save_.target) != identity_) {
       note("was " + identity_ + ", is " + identity(stage_ / save_.target));
     }
   }
 
-  bool has_copy() const {
-    return std::any_of(after_.begin(), after_.end(), [&](const auto& entry) {
-      return is_temporary(entry.first) && entry.second == save_.new_text;
-    });
+  bool has_copy(bool (*is_named)(std::string_view), const std::string& text) const {
+    return std::any_of(after_.begin(), after_.end(),
+                       [&](const auto& entry) { return is_named(entry.first) && entry.second == text; });
   }
 
   // Besides what was there: the file, the journal; what a killed save was writing, or could not remove; after
-  // a failure in place the copy; after a failed EXIT the rescue copy.
+  // a failure in place the copy; after a failed EXIT the rescue copy; another's text that is no longer there.
   void judge_names() {
     const auto may_come = [&](const std::string& path) {
       const bool whole = after_[path] == save_.new_text;
       if (path == save_.path() || path == save_.journal) return true;
       if (path == "work/g.jou") return true; // the other file of the list has its own
       if (is_temporary(path) && (killed_ || call_.starts_with("unlink"))) return true;
+      if (save_.others && after_[path] == save_.old_text && is_rescue_copy(path) &&
+          (killed_ || call_.starts_with("unlink") || text_ != save_.old_text)) {
+        return true;
+      }
       return reported_ && whole &&
              ((is_temporary(path) && save_.in_place) || (is_rescue_copy(path) && save_.exits()));
     };
@@ -141,7 +150,8 @@ class Judge {
       return;
     }
     // Files before the current one had journals of their own.
-    std::string lines = save_.before.substr(save_.before.starts_with("NEXT") ? 5 : 0);
+    const std::size_t next = save_.before.find("NEXT\n");
+    std::string lines = save_.before.substr(next == std::string::npos ? 0 : next + 5);
     const std::string& journal = after_[save_.journal];
     if (in_journal_ ? !journal.starts_with(lines) : !journal.starts_with(lines + save_.line + "\n")) {
       note("journal: " + journal);
