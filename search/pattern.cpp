@@ -165,31 +165,32 @@ inline bool Pattern::fits(const Segment& segment, std::string_view line, std::si
   return true;
 }
 
-std::optional<std::size_t> Pattern::match_at(std::string_view line, std::size_t col) const {
+std::optional<std::size_t> Pattern::match_at(std::string_view line, std::size_t col, Abort& abort) const {
   if (!wildcard_) {
     const bool equal = plain_.find(line.substr(0, col + plain_.size()), col) == col;
     return equal ? std::optional(plain_.size()) : std::nullopt;
   }
   const Segment& head = segments_.front();
   if (!fits(head, line, col)) return std::nullopt;
-  const auto end = match_tail(line, col + head.length);
+  const auto end = match_tail(line, col + head.length, abort);
   return end ? std::optional(*end - col) : std::nullopt;
 }
 
-std::size_t Pattern::match_length(std::string_view line, std::size_t col) const {
+std::size_t Pattern::match_length(std::string_view line, std::size_t col, Abort& abort) const {
   if (!wildcard_) return source_length_;
   if (col > line.size()) return 0;
-  return match_at(line, col).value_or(source_length_);
+  return match_at(line, col, abort).value_or(source_length_);
 }
 
 // ---- a line, forward
 
 // The first place at or after `from` where the segment fits.
-std::size_t Pattern::first_fit(const Segment& segment, std::string_view line, std::size_t from) const {
+std::size_t Pattern::first_fit(const Segment& segment, std::string_view line, std::size_t from,
+                               Abort& abort) const {
   if (line.size() - from < segment.length) return kNone;
   const std::size_t last = line.size() - segment.length;
   const std::string_view searched = line.substr(0, last + segment.run_at + segment.run.size());
-  for (std::size_t at = segment.at_end ? last : from; at <= last; ++at) {
+  for (std::size_t at = segment.at_end ? last : from; at <= last && abort == 0; ++at) {
     if (!segment.run.empty()) {
       const std::size_t run = segment.run.find(searched, at + segment.run_at);
       if (run == kNone) return kNone;
@@ -203,32 +204,34 @@ std::size_t Pattern::first_fit(const Segment& segment, std::string_view line, st
 }
 
 // Where the segments after the first one end, when they are found at or after `from`.
-std::optional<std::size_t> Pattern::match_tail(std::string_view line, std::size_t from) const {
+std::optional<std::size_t> Pattern::match_tail(std::string_view line, std::size_t from, Abort& abort) const {
   for (std::size_t i = 1; i < segments_.size(); ++i) {
-    const std::size_t at = first_fit(segments_[i], line, from);
+    const std::size_t at = first_fit(segments_[i], line, from, abort);
     if (at == kNone) return std::nullopt;
     from = at + segments_[i].length;
   }
   return from;
 }
 
-std::optional<std::size_t> Pattern::find_forward(std::string_view line, std::size_t from) const {
+std::optional<std::size_t> Pattern::find_forward(std::string_view line, std::size_t from,
+                                                 Abort& abort) const {
   if (from > line.size() || (anchored_ && from != 0)) return std::nullopt;
   if (!wildcard_) return found_at(plain_.find(line, from));
-  if (anchored_) return match_at(line, 0) ? std::optional<std::size_t>(0) : std::nullopt;
+  if (anchored_) return match_at(line, 0, abort) ? std::optional<std::size_t>(0) : std::nullopt;
   const Segment& head = segments_.front();
-  const std::size_t col = first_fit(head, line, from);
+  const std::size_t col = first_fit(head, line, from, abort);
   // Where the tail is not found after this column, it is not found after a later one.
-  return col != kNone && match_tail(line, col + head.length) ? std::optional(col) : std::nullopt;
+  return col != kNone && match_tail(line, col + head.length, abort) ? std::optional(col) : std::nullopt;
 }
 
 // ---- a line, backward
 
 // The last place where the segment fits and ends at or before `limit`.
-std::size_t Pattern::last_fit(const Segment& segment, std::string_view line, std::size_t limit) const {
+std::size_t Pattern::last_fit(const Segment& segment, std::string_view line, std::size_t limit,
+                              Abort& abort) const {
   if (limit < segment.length || (segment.at_end && limit < line.size())) return kNone;
   const std::size_t lowest = segment.at_end ? limit - segment.length : 0;
-  for (std::size_t stop = limit - segment.length + 1; stop > lowest; --stop) {
+  for (std::size_t stop = limit - segment.length + 1; stop > lowest && abort == 0; --stop) {
     if (!segment.run.empty()) {
       const std::size_t run = segment.run.find_last(line, stop - 1 + segment.run_at + segment.run.size());
       if (run == kNone || run < lowest + segment.run_at) return kNone;
@@ -241,23 +244,25 @@ std::size_t Pattern::last_fit(const Segment& segment, std::string_view line, std
   return kNone;
 }
 
-std::optional<std::size_t> Pattern::find_backward(std::string_view line, std::size_t limit) const {
-  return BackwardMatches(*this, line).previous(limit);
+std::optional<std::size_t> Pattern::find_backward(std::string_view line, std::size_t limit,
+                                                  Abort& abort) const {
+  return BackwardMatches(*this, line, abort).previous(limit);
 }
 
 std::optional<std::size_t> BackwardMatches::previous(std::size_t limit) {
   if (!pattern_.wildcard_) return found_at(pattern_.plain_.find_last(line_, limit));
-  if (pattern_.anchored_) return pattern_.match_at(line_, 0) ? std::optional<std::size_t>(0) : std::nullopt;
+  if (pattern_.anchored_)
+    return pattern_.match_at(line_, 0, abort_) ? std::optional<std::size_t>(0) : std::nullopt;
   if (!last_tail_) last_tail_ = last_tail();
   if (*last_tail_ == kNone) return std::nullopt;
   const Pattern::Segment& head = pattern_.segments_.front();
-  return found_at(pattern_.last_fit(head, line_, std::min(limit + head.length, *last_tail_)));
+  return found_at(pattern_.last_fit(head, line_, std::min(limit + head.length, *last_tail_), abort_));
 }
 
 std::size_t BackwardMatches::last_tail() const {
   std::size_t tail = line_.size();
   for (std::size_t i = pattern_.segments_.size(); i-- > 1 && tail != kNone;)
-    tail = pattern_.last_fit(pattern_.segments_[i], line_, tail);
+    tail = pattern_.last_fit(pattern_.segments_[i], line_, tail, abort_);
   return tail;
 }
 
@@ -273,7 +278,7 @@ std::size_t BackwardMatches::length_at(std::size_t col) {
       // Only a place before those that were looked at is news.
       const bool bounded = place.from != kNone && !segment.at_end;
       const auto searched = bounded ? line_.substr(0, place.from + segment.length - 1) : line_;
-      const std::size_t at = pattern_.first_fit(segment, searched, end);
+      const std::size_t at = pattern_.first_fit(segment, searched, end, abort_);
       if (at != kNone) place.at = at;
       place.from = end;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <bitset>
+#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -12,6 +13,10 @@
 
 namespace zan {
 
+// Set from outside while a search runs: it stops soon, with nothing found.
+using Abort = const volatile std::sig_atomic_t;
+inline constexpr std::sig_atomic_t kNeverAborted = 0;
+
 // Is there an unescaped * ? % [ ^ or $ in it?
 bool has_wildcards(std::string_view pattern);
 
@@ -21,7 +26,8 @@ bool has_wildcards(std::string_view pattern);
 //
 // A star takes the shortest run that lets the rest match. So the parts between stars are found one after the
 // other, each as far left as it fits; when one is not found, no other start of the match helps either, and no
-// search costs more than pattern length times line length.
+// search costs more than pattern length times line length. In one long line that may still take seconds, so
+// the searches in a line look at an abort flag; once it is set, what they tell is of no meaning.
 class Pattern {
  public:
   // How the source is read: as what a user searches for, or as pattern elements whatever it holds (then ^ is
@@ -39,14 +45,17 @@ class Pattern {
   bool requires_line_feed() const { return requires_line_feed_; } // one stands in every match
 
   // Length of the match that starts at col (at most the line's length), whatever an anchor says.
-  std::optional<std::size_t> match_at(std::string_view line, std::size_t col) const;
+  std::optional<std::size_t> match_at(std::string_view line, std::size_t col,
+                                      Abort& abort = kNeverAborted) const;
   // Column of the first match at or after `from`.
-  std::optional<std::size_t> find_forward(std::string_view line, std::size_t from) const;
+  std::optional<std::size_t> find_forward(std::string_view line, std::size_t from,
+                                          Abort& abort = kNeverAborted) const;
   // Column of the last match before the limit: a plain one ends there or before, a wildcard one starts there
   // or before. `limit` is at most the line's length.
-  std::optional<std::size_t> find_backward(std::string_view line, std::size_t limit) const;
+  std::optional<std::size_t> find_backward(std::string_view line, std::size_t limit,
+                                           Abort& abort = kNeverAborted) const;
   // Length of the match at col: of the pattern itself, when it is plain or does not match there.
-  std::size_t match_length(std::string_view line, std::size_t col) const;
+  std::size_t match_length(std::string_view line, std::size_t col, Abort& abort = kNeverAborted) const;
 
  private:
   friend class BackwardMatches;
@@ -76,9 +85,9 @@ class Pattern {
   void require_sets();
   bool takes(const Element& element, char c) const;
   bool fits(const Segment& segment, std::string_view line, std::size_t at) const;
-  std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from) const;
-  std::size_t last_fit(const Segment& segment, std::string_view line, std::size_t limit) const;
-  std::optional<std::size_t> match_tail(std::string_view line, std::size_t from) const;
+  std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from, Abort& abort) const;
+  std::size_t last_fit(const Segment& segment, std::string_view line, std::size_t limit, Abort& abort) const;
+  std::optional<std::size_t> match_tail(std::string_view line, std::size_t from, Abort& abort) const;
 
   bool exact_;
   bool empty_;
@@ -97,8 +106,9 @@ class Pattern {
 // steps over a line together cost no more than pattern length times line length.
 class BackwardMatches {
  public:
-  // Both must outlive it.
-  BackwardMatches(const Pattern& pattern, std::string_view line) : pattern_(pattern), line_(line) {}
+  // All must outlive it.
+  BackwardMatches(const Pattern& pattern, std::string_view line, Abort& abort = kNeverAborted)
+      : pattern_(pattern), line_(line), abort_(abort) {}
 
   // As Pattern::find_backward.
   std::optional<std::size_t> previous(std::size_t limit);
@@ -116,6 +126,7 @@ class BackwardMatches {
 
   const Pattern& pattern_;
   std::string_view line_;
+  Abort& abort_;
   std::optional<std::size_t> last_tail_; // the last place where what follows the first star matches
   std::vector<Place> places_;            // of the segments after the first
 };

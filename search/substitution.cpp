@@ -12,20 +12,21 @@ constexpr std::uint64_t kCopiedStretch = 2048;
 class Pass {
  public:
   Pass(const LineStore& text, const Pattern& pattern, const SearchConstraints& wanted,
-       std::string_view replacement)
-      : text_(text), pattern_(pattern), wanted_(wanted), replacement_(replacement),
+       std::string_view replacement, Abort& abort)
+      : text_(text), pattern_(pattern), wanted_(wanted), replacement_(replacement), abort_(abort),
         plain_breaks_(!text.holds_literal_breaks()) {}
 
   // The line that begins at `line_start`, from `from` on.
   void run_line(std::string_view line, std::uint64_t row, std::uint64_t line_start, std::size_t from,
-                std::uint64_t limit, const volatile std::sig_atomic_t& abort) {
+                std::uint64_t limit) {
     from_ = from;
     column_ = from;
     left_ = {from == 0, from == 0 ? '\0' : line[from - 1]};
-    while (result_.count < limit && abort == 0) {
+    while (result_.count < limit) {
       const auto col = next_match(line);
       if (!col) return;
-      const std::size_t length = pattern_.match_length(line, *col);
+      const std::size_t length = pattern_.match_length(line, *col, abort_);
+      if (abort_ != 0) return;
       result_.last = {row, column_ + (*col - from_)};
       replace(line, line_start, *col, length);
       if (length == 0 && !step_over(line)) return;
@@ -46,9 +47,10 @@ class Pass {
     std::size_t at = from_;
     while (at <= line.size()) {
       const auto col =
-          pattern_.is_anchored() ? match_at_line_start(line, at) : pattern_.find_forward(line, at);
+          pattern_.is_anchored() ? match_at_line_start(line, at) : pattern_.find_forward(line, at, abort_);
       if (!col) return std::nullopt;
-      const std::size_t length = pattern_.match_length(line, *col);
+      const std::size_t length = pattern_.match_length(line, *col, abort_);
+      if (abort_ != 0) return std::nullopt;
       const LeftSide left = *col == from_ ? left_ : LeftSide{false, line[*col - 1]};
       if (constraints_ok(left, line, *col, length, wanted_)) return col;
       at = *col + std::max<std::size_t>(length, 1);
@@ -58,7 +60,7 @@ class Pass {
 
   std::optional<std::size_t> match_at_line_start(std::string_view line, std::size_t at) const {
     const bool line_start = at == from_ && column_ == 0;
-    return line_start && pattern_.match_at(line, at) ? std::optional(at) : std::nullopt;
+    return line_start && pattern_.match_at(line, at, abort_) ? std::optional(at) : std::nullopt;
   }
 
   void replace(std::string_view line, std::uint64_t line_start, std::size_t col, std::size_t length) {
@@ -99,6 +101,7 @@ class Pass {
   const Pattern& pattern_;
   const SearchConstraints& wanted_;
   std::string_view replacement_;
+  Abort& abort_;
   bool plain_breaks_;
   LineStoreBuilder built_;
   Substitution result_;
@@ -113,16 +116,15 @@ class Pass {
 } // namespace
 
 Substitution substitute(const LineStore& text, const Pattern& pattern, const SearchConstraints& wanted,
-                        Position start, std::uint64_t limit, std::string_view replacement,
-                        const volatile std::sig_atomic_t& abort) {
-  Pass pass(text, pattern, wanted, replacement);
+                        Position start, std::uint64_t limit, std::string_view replacement, Abort& abort) {
+  Pass pass(text, pattern, wanted, replacement, abort);
   if (pattern.empty() || start.row >= text.line_count()) return {};
   LineWalker walker(text, start.row);
   std::uint64_t row = start.row;
   std::uint64_t offset = text.line_start(row);
   for (std::string_view line; abort == 0 && pass.count() < limit && walker.next(line); ++row) {
     const std::uint64_t from = row == start.row ? start.col : 0;
-    if (from <= line.size()) pass.run_line(line, row, offset, static_cast<std::size_t>(from), limit, abort);
+    if (from <= line.size()) pass.run_line(line, row, offset, static_cast<std::size_t>(from), limit);
     offset += line.size() + 1;
   }
   return pass.finish();

@@ -18,7 +18,6 @@ struct Substitution {
 // replacements have left, and the search goes on right after the new text (one byte further after an empty
 // match). `abort` set from outside ends the pass; what has been replaced by then stays.
 Substitution substitute(const LineStore& text, const Pattern& pattern, const SearchConstraints& wanted,
-                        Position start, std::uint64_t limit, std::string_view replacement,
-                        const volatile std::sig_atomic_t& abort);
+                        Position start, std::uint64_t limit, std::string_view replacement, Abort& abort);
 
 } // namespace zan

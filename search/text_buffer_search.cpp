@@ -4,12 +4,6 @@
 
 // The members of TextBuffer that search.
 
-namespace {
-
-constexpr std::sig_atomic_t kNeverAborted = 0;
-
-} // namespace
-
 bool TextBuffer::has_wildcards(const std::string& pattern) { return zan::has_wildcards(pattern); }
 
 std::string TextBuffer::to_lower(std::string text) { return zan::lower(text); }
@@ -22,12 +16,12 @@ std::int64_t TextBuffer::wmatch(const char* pattern, const char* text, std::size
 
 std::optional<zan::Position> TextBuffer::find_forward(const std::string& pattern, std::uint64_t row,
                                                       std::uint64_t col, bool exact) const {
-  return zan::search_forward(lines_, zan::Pattern(pattern, exact), {row, col}, {}, kNeverAborted);
+  return zan::search_forward(lines_, zan::Pattern(pattern, exact), {row, col}, {}, zan::kNeverAborted);
 }
 
 std::optional<zan::Position> TextBuffer::find_backward(const std::string& pattern, std::uint64_t row,
                                                        std::uint64_t col, bool exact) const {
-  return zan::search_backward(lines_, zan::Pattern(pattern, exact), {row, col}, {}, kNeverAborted);
+  return zan::search_backward(lines_, zan::Pattern(pattern, exact), {row, col}, {}, zan::kNeverAborted);
 }
 
 std::uint64_t TextBuffer::match_len_at(const std::string& pattern, std::uint64_t row, std::uint64_t col,

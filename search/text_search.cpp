@@ -9,8 +9,6 @@ namespace zan {
 
 namespace {
 
-using Abort = const volatile std::sig_atomic_t;
-
 // Does a match at `offset` of the text satisfy the constraints? Its line is not fetched, for it may be long.
 bool constraints_ok_at(const LineStore& text, std::uint64_t offset, std::uint64_t length,
                        const SearchConstraints& wanted) {
@@ -130,11 +128,11 @@ class CandidateLines {
 // The first match in one line, from a column on, that satisfies the constraints.
 std::optional<std::size_t> line_forward(std::string_view line, const Pattern& pattern, std::size_t from,
                                         const SearchConstraints& wanted, Abort& abort) {
-  while (const auto col = pattern.find_forward(line, from)) {
+  while (const auto col = pattern.find_forward(line, from, abort)) {
     if (wanted.none()) return col;
-    const std::size_t length = pattern.match_length(line, *col);
-    if (constraints_ok(line, *col, length, wanted)) return col;
+    const std::size_t length = pattern.match_length(line, *col, abort);
     if (abort != 0) break;
+    if (constraints_ok(line, *col, length, wanted)) return col;
     from = *col + std::max<std::size_t>(length, 1);
   }
   return std::nullopt;
@@ -142,10 +140,13 @@ std::optional<std::size_t> line_forward(std::string_view line, const Pattern& pa
 
 std::optional<std::size_t> line_backward(std::string_view line, const Pattern& pattern, std::size_t limit,
                                          const SearchConstraints& wanted, Abort& abort) {
-  BackwardMatches matches(pattern, line);
+  BackwardMatches matches(pattern, line, abort);
   while (const auto col = matches.previous(limit)) {
-    if (wanted.none() || constraints_ok(line, *col, matches.length_at(*col), wanted)) return col;
-    if (*col == 0 || abort != 0) break;
+    if (wanted.none()) return col;
+    const std::size_t length = matches.length_at(*col);
+    if (abort != 0) break;
+    if (constraints_ok(line, *col, length, wanted)) return col;
+    if (*col == 0) break;
     limit = pattern.is_wildcard() ? *col - 1 : *col;
   }
   return std::nullopt;

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <csignal>
 #include <optional>
 
 #include "search/pattern.h"
@@ -40,10 +39,8 @@ bool constraints_ok(LeftSide left, std::string_view line, std::size_t col, std::
 // in the lines that hold the bytes which every match must hold. The cost is linear in the text passed over.
 // `abort` set from outside stops the search early, with nothing found.
 std::optional<Position> search_forward(const LineStore& text, const Pattern& pattern, Position start,
-                                       const SearchConstraints& wanted,
-                                       const volatile std::sig_atomic_t& abort);
+                                       const SearchConstraints& wanted, Abort& abort);
 std::optional<Position> search_backward(const LineStore& text, const Pattern& pattern, Position start,
-                                        const SearchConstraints& wanted,
-                                        const volatile std::sig_atomic_t& abort);
+                                        const SearchConstraints& wanted, Abort& abort);
 
 } // namespace zan

@@ -95,3 +95,12 @@ TEST(Pattern, LongLinesAndLongPatterns) {
     ASSERT_EQ(matches.length_at(col), line.size() + 1 - col);
   }
 }
+
+TEST(Pattern, AnAbortEndsTheSearchInALine) {
+  constexpr std::sig_atomic_t kAborted = 1;
+  for (const char* source : {"[ab]%", "%*b", "b%*%"}) {
+    EXPECT_FALSE(Pattern(source, true).find_forward("abb", 0, kAborted)) << source;
+    EXPECT_FALSE(Pattern(source, true).find_backward("abb", 3, kAborted)) << source;
+  }
+  EXPECT_FALSE(Pattern("a*b", true).match_at("abb", 0, kAborted));
+}
