@@ -1,5 +1,6 @@
 // What may stand in the place of the file that is saved, or of the journal.
 #include <algorithm>
+#include <cerrno>
 #include <sys/xattr.h>
 
 #include <gtest/gtest.h>
@@ -114,6 +115,34 @@ TEST(Places, OfTheJournal) {
   for (const Row& journal : read_rows("journals"))
     for (const bool by_exit : {true, false})
       promise.ran(journal.name + (by_exit ? ", EXIT" : ", QUIT"), run_with(journal, by_exit));
+}
+
+// A file that is there but was not read whole: no text takes its place.
+TEST(Places, OfAFileThatCannotBeRead) {
+  Promise promise(5);
+  const Start start{{"f", "g"}, "NEXT\nINSERT x\nTYPE/SAVE\nEXIT\n"};
+  const auto failed = [&](const Fault& fault, std::vector<std::string>& calls) {
+    const Stage stage;
+    write_file(stage / "f", kOld);
+    const RunResult run = stage.run(start, 0, fault);
+    calls = stage.calls();
+    const bool said = run.output ==
+                          "$ EDIT/ZAN f\nInput file does not exist\n[EOB]\n*?Unable to write f\n**1 "
+                          "x\n?Unable to save f\n*" &&
+                      run.errors == "?Unable to write f\n" && run.status == 2;
+    const bool kept = read_file(stage / "f") == kOld && read_file(stage / "f.save") == "x\n";
+    return said && kept ? "" : run.output + run.errors;
+  };
+  std::vector<std::string> calls;
+  failed({}, calls);
+  const auto opened = std::ranges::find(calls, "open f");
+  ASSERT_NE(opened, calls.end());
+  for (auto call = opened; call != calls.end() && !call->starts_with("close"); ++call)
+    for (const int error : {EACCES, EIO, EMFILE}) {
+      std::vector<std::string> ignored;
+      const Fault fault{std::to_string(error), call - calls.begin() + 1};
+      promise.ran(*call + " fails with error " + fault.how, failed(fault, ignored));
+    }
 }
 
 } // namespace

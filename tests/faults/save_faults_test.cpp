@@ -150,7 +150,7 @@ class Judge {
       return;
     }
     // Files before the current one had journals of their own.
-    const std::size_t next = save_.before.find("NEXT\n");
+    const std::size_t next = save_.is("journal") ? std::string::npos : save_.before.find("NEXT\n");
     std::string lines = save_.before.substr(next == std::string::npos ? 0 : next + 5);
     const std::string& journal = after_[save_.journal];
     if (in_journal_ ? !journal.starts_with(lines) : !journal.starts_with(lines + save_.line + "\n")) {

@@ -107,6 +107,42 @@ TEST(SafeSave, TheCopyStaysWhenOverwritingFailsHalfway) {
   EXPECT_EQ(stat_of(dir / copy).st_mode & 07777, 0600U);
 }
 
+#if defined(F_OFD_SETLK) // which a lock of this same process keeps off
+TEST(SafeSave, WhatSomebodyHasLockedIsNotOverwritten) {
+  const ScratchDirectory dir;
+  write_file(dir / "a", "old");
+  std::filesystem::create_hard_link(dir / "a", dir / "b");
+  const int file = ::open((dir / "b").c_str(), O_WRONLY);
+  struct flock whole {};
+  whole.l_type = F_WRLCK;
+  ASSERT_EQ(::fcntl(file, F_SETLK, &whole), 0);
+  EXPECT_EQ(save(dir / "a", "new"), SaveResult::failed);
+  EXPECT_EQ(read_file(dir / "a"), "old");
+  ::close(file);
+  EXPECT_EQ(save(dir / "a", "new"), SaveResult::saved);
+  EXPECT_EQ(dir.names(), (Names{"a", "b"}));
+}
+#endif
+
+// The copy that is to keep the other text can be made nowhere.
+TEST(SafeSave, WhatCannotBeKeptIsNotOverwritten) {
+  const ScratchDirectory dir;
+  write_file(dir / "a", "theirs");
+  write_file(dir / "linked", "theirs");
+  std::filesystem::create_hard_link(dir / "linked", dir / "other");
+  zan::Guard guard{[](const zan::FileState&) { return false; }, "copy", {dir / "none"}};
+  for (const std::string name : {"a", "linked"}) {
+    EXPECT_FALSE(zan::save_file(dir / name, source_of("new"), SaveMode::replace, guard));
+    EXPECT_EQ(read_file(dir / name), "theirs");
+    EXPECT_EQ(dir.names(), (Names{"a", "linked", "other"}));
+  }
+  guard.directories.push_back(dir.path());
+  EXPECT_EQ(zan::save_file(dir / "a", source_of("new"), SaveMode::replace, guard).kept, dir / "copy");
+  EXPECT_EQ(zan::save_file(dir / "linked", source_of("new"), SaveMode::replace, guard).kept, dir / "copy.1");
+  EXPECT_EQ(read_file(dir / "a") + read_file(dir / "other"), "newnew");
+  EXPECT_EQ(read_file(dir / "copy") + read_file(dir / "copy.1"), "theirstheirs");
+}
+
 TEST(SafeSave, NewVersionOverwritesNothing) {
   const ScratchDirectory dir;
   EXPECT_EQ(save(dir / "f;1", "one", SaveMode::create_exclusively), SaveResult::saved);
