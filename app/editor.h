@@ -75,6 +75,7 @@ class Editor : public EditorState {
 
   // ---- app/: journal and recovery
   void append_journal_line(const std::string& line);
+  void sync_journal(); // when lines have been appended and the prompt waits
   void try_recover_journal();
   void delete_journal_file();
 

@@ -60,6 +60,8 @@ struct EditorState {
   bool read_only = false;                  // refuse commands that change text
   bool recover = false;                    // replay the journal at start
   std::optional<std::string> journal_file; // explicit journal path
+  bool journal_unsynced = false;           // lines are not known to be on the disk
+  bool journal_failure_said = false;
 
   // ---- fields: writing files
   std::string last_written_path; // versions included

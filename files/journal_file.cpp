@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <sys/uio.h>
 
+#include "files/block_writer.h"
 #include "files/place.h"
 #include "files/stat.h"
 
@@ -17,15 +18,21 @@ namespace {
 constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 
 bool is_trusted(const JournalFile& journal, const struct stat& file) {
-  return S_ISREG(file.st_mode) && (journal.named_by_user || file.st_uid == ::geteuid());
+  const uid_t user = ::geteuid();
+  return S_ISREG(file.st_mode) && (journal.named_by_user || file.st_uid == user) &&
+         (user != 0 || file.st_nlink <= 1);
+}
+
+// The user cannot have opened such a path. Other errors may be the disk's, and the file the journal.
+bool leads_nowhere(int error) {
+  return error == ENOENT || error == ENOTDIR || error == EACCES || error == ELOOP || error == ENAMETOOLONG;
 }
 
 bool is_protected(const JournalFile& journal, const struct stat& file) {
   return std::ranges::any_of(journal.protected_paths, [&](const std::string& path) {
     struct stat other {};
-    if (!is_usable_path(path)) return false;
-    if (zan_stat(path.c_str(), &other) == 0) return same_file(other, file);
-    return errno != ENOENT && errno != ENOTDIR; // what cannot be looked at may be the same file
+    if (!is_usable_path(path) || path == journal.path) return path == journal.path;
+    return zan_stat(path.c_str(), &other) == 0 ? same_file(other, file) : !leads_nowhere(errno);
   });
 }
 
@@ -58,15 +65,25 @@ bool ends_in_line_feed(int file, off_t size) {
   return size == 0 || (retry([&] { return ::pread(file, &last, 1, size - 1); }) == 1 && last == '\n');
 }
 
-void append_line(int file, off_t size, std::string_view line) {
+bool append_line(int file, off_t size, std::string_view line) {
   char line_feed = '\n';
   const std::size_t before = ends_in_line_feed(file, size) ? 0 : 1;
   const std::array<struct iovec, 3> parts = {
       {{&line_feed, before}, {const_cast<char*>(line.data()), line.size()}, {&line_feed, 1}}};
   const ssize_t count = retry([&] { return ::writev(file, parts.data(), static_cast<int>(parts.size())); });
-  if (count <= 0 || static_cast<std::size_t>(count) == before + line.size() + 1) return;
+  if (count <= 0 || static_cast<std::size_t>(count) == before + line.size() + 1) return count > 0;
   // Nothing more can be done if this fails too; the next line will begin with a line feed.
   [[maybe_unused]] const int result = retry([&] { return ::ftruncate(file, size); });
+  return false;
+}
+
+// On the disk. A file that a link leads to has a name that stays.
+void empty_if_only_name(const JournalFile& journal) {
+  const UniqueFd opened = open_file(journal.path, O_WRONLY | O_NONBLOCK | O_NOFOLLOW);
+  struct stat file {};
+  if (!opened || ::fstat(opened.get(), &file) != 0 || file.st_nlink != 1) return;
+  if (!is_trusted(journal, file) || is_protected(journal, file)) return;
+  if (retry([&] { return ::ftruncate(opened.get(), 0); }) == 0) sync_fully(opened.get());
 }
 
 // An output that did not exist yet must not appear before it is saved. A link to it stays.
@@ -77,16 +94,14 @@ void remove_created(const std::string& path) {
 
 } // namespace
 
-void append_journal_line(const JournalFile& journal, std::string_view line) {
-  if (!is_usable_path(journal.path)) return;
+bool append_journal_line(const JournalFile& journal, std::string_view line) {
+  if (!is_usable_path(journal.path)) return false;
   const OpenJournal opened = open_journal(journal);
   struct stat file {};
-  if (!opened.file || ::fstat(opened.file.get(), &file) != 0 || !is_trusted(journal, file)) return;
-  if (!is_protected(journal, file)) {
-    append_line(opened.file.get(), file.st_size, line);
-  } else if (opened.created && file.st_size == 0) {
-    remove_created(journal.path);
-  }
+  if (!opened.file || ::fstat(opened.file.get(), &file) != 0 || !is_trusted(journal, file)) return false;
+  if (!is_protected(journal, file)) return append_line(opened.file.get(), file.st_size, line);
+  if (opened.created && file.st_size == 0) remove_created(journal.path);
+  return false;
 }
 
 bool journal_may_be_replayed(const JournalFile& journal) {
@@ -94,9 +109,18 @@ bool journal_may_be_replayed(const JournalFile& journal) {
   return find_journal(journal, file);
 }
 
+void sync_journal(const JournalFile& journal) {
+  struct stat file {};
+  if (!find_journal(journal, file)) return;
+  if (const UniqueFd opened = open_file(journal.path, O_WRONLY | O_NONBLOCK)) sync_fully(opened.get());
+  if (const auto place = find_place(journal.path)) sync_directory(place->directory.get());
+}
+
 void delete_journal(const JournalFile& journal) {
   struct stat file {};
-  if (find_journal(journal, file) && !is_protected(journal, file)) ::unlink(journal.path.c_str());
+  if (!find_journal(journal, file) || is_protected(journal, file)) return;
+  empty_if_only_name(journal);
+  ::unlink(journal.path.c_str());
 }
 
 } // namespace zan

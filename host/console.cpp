@@ -1,6 +1,7 @@
 #include "host/console.h"
 
 #include <cerrno>
+#include <poll.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -89,6 +90,12 @@ bool Console::fill() {
 bool Console::is_terminal() { return isatty(STDIN_FILENO) != 0; }
 
 bool Console::lost_terminal() const { return was_terminal_ && (failed_ || !is_terminal()); }
+
+bool Console::waits_for_input() const {
+  constexpr int kMoment = 50; // milliseconds: what is typed by a program is there sooner
+  pollfd input{STDIN_FILENO, POLLIN, 0};
+  return input_used_ == input_.size() && poll(&input, 1, kMoment) == 0;
+}
 
 void Console::release_input() {
   const std::size_t unread = input_.size() - input_used_;

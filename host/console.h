@@ -31,6 +31,7 @@ class Console {
   void put_back(std::string_view bytes); // to be read first
   // For the end of input: standard input was a terminal at the start, and it has gone or fails.
   bool lost_terminal() const;
+  bool waits_for_input() const; // no line can be read yet, nor within a moment
 
  private:
   static bool is_terminal(); // standard input

@@ -1,6 +1,9 @@
 #include "app/editor.h"
 
+#include <unistd.h>
+
 #include "files/journal_file.h"
+#include "screen/terminal.h"
 
 namespace {
 
@@ -8,7 +11,6 @@ zan::JournalFile journal_of(const EditorState& editor) {
   zan::JournalFile journal{editor.journal_path(), editor.journal_file && !editor.journal_file->empty(), {}};
   journal.protected_paths = editor.files;
   if (editor.output_file) journal.protected_paths.push_back(*editor.output_file);
-  if (editor.command_file) journal.protected_paths.push_back(*editor.command_file);
   return journal;
 }
 
@@ -20,7 +22,21 @@ std::string EditorState::journal_path() const {
 }
 
 void Editor::append_journal_line(const std::string& line) {
-  if (!is_comment_or_blank(line)) zan::append_journal_line(journal_of(*this), line);
+  if (is_comment_or_blank(line)) return;
+  if (zan::append_journal_line(journal_of(*this), line)) {
+    journal_unsynced = true;
+  } else if (!journal_failure_said && !g_curses_active && isatty(STDERR_FILENO) != 0) {
+    journal_failure_said = true;
+    console.write_error("?Unable to write journal " + journal_path() + "\n");
+  }
+}
+
+void Editor::sync_journal() {
+  if (!journal_unsynced) return;
+  console.flush();
+  if (!console.waits_for_input()) return;
+  zan::sync_journal(journal_of(*this));
+  journal_unsynced = false;
 }
 
 void Editor::try_recover_journal() {

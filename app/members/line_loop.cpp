@@ -34,6 +34,7 @@ int Editor::line_mode() {
   }
   for (;;) {
     console.write(prompt);
+    sync_journal();
     const auto line = console.read_line();
     zan::end_if_asked(*this);
     if (!line) break;

@@ -100,7 +100,8 @@ std::string run_with(const Row& journal, bool by_exit) {
     return by_exit && journal.is("goes") && !after.contains(path);
   };
   wrong += changes(before, after, may_come, [&](const std::string& path) { // a text is saved by any name
-    return may_go(path) || (by_exit && (path == output || (!to_output && before.at(path) == kOld)));
+    return path == file || may_go(path) ||
+           (by_exit && (path == output || (!to_output && before.at(path) == kOld)));
   });
   wrong += changes(identities_before, identities(stage), may_come, may_go);
   if (!file.empty() && !by_exit) {
@@ -143,6 +144,21 @@ TEST(Places, OfAFileThatCannotBeRead) {
       const Fault fault{std::to_string(error), call - calls.begin() + 1};
       promise.ran(*call + " fails with error " + fault.how, failed(fault, ignored));
     }
-}
+
+  TEST(Places, TheJournalIsSyncedOnlyWhileThePromptWaits) {
+    const auto synced = [](const Stage& stage) {
+      return std::ranges::any_of(stage.calls(), [](const auto& call) { return call.starts_with("fsync"); });
+    };
+    for (const bool waits : {true, false}) {
+      const Stage stage;
+      write_file(stage / "f", kOld);
+      Start start{{"f"}, waits ? "" : "TYPE 1\nQUIT\n"};
+      if (waits)
+        start.shell = R"((echo TYPE 1; until grep -q fsync ../log; do :; done; echo QUIT) | "$0" "$@")";
+      const RunResult run = stage.run(start, 1, {});
+      EXPECT_FALSE(run.timed_out);
+      EXPECT_EQ(synced(stage), waits);
+    }
+  }
 
 } // namespace

@@ -153,6 +153,7 @@ class Judge {
     const std::size_t next = save_.is("journal") ? std::string::npos : save_.before.find("NEXT\n");
     std::string lines = save_.before.substr(next == std::string::npos ? 0 : next + 5);
     const std::string& journal = after_[save_.journal];
+    if (left && journal.empty()) return; // what could not be removed any more
     if (in_journal_ ? !journal.starts_with(lines) : !journal.starts_with(lines + save_.line + "\n")) {
       note("journal: " + journal);
     }

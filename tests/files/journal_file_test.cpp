@@ -1,5 +1,6 @@
 #include "files/journal_file.h"
 
+#include <fstream>
 #include <gtest/gtest.h>
 
 #include "files/stat.h"
@@ -59,6 +60,27 @@ TEST(JournalFile, WhatMayStandInItsPlace) {
   zan::delete_journal({dir / "file", false, {}});
   EXPECT_FALSE(dir.names().contains("file"));
   EXPECT_FALSE(zan::journal_may_be_replayed({dir / "file", false, {}}));
+}
+
+TEST(JournalFile, IsEmptiedFirstWhereItHasNoOtherName) {
+  const ScratchDirectory dir;
+  for (const char* name : {"alone", "linked"}) {
+    write_file(dir / name, "TYPE 1\n");
+    if (name == std::string("linked")) std::filesystem::create_hard_link(dir / name, dir / "other");
+    std::ifstream held(dir / name);
+    zan::delete_journal({dir / name, true, {}});
+    EXPECT_EQ(held.get(), name == std::string("alone") ? EOF : 'T') << name;
+  }
+  EXPECT_EQ(dir.names().contains("linked"), ::geteuid() == 0); // who does not use it at all
+}
+
+TEST(JournalFile, OnlyWhatIsTheSameFileIsProtected) {
+  const ScratchDirectory dir;
+  std::filesystem::create_symlink("loop", dir / "loop");
+  for (const std::string& path : {dir / "loop", dir / std::string(300, 'n'), dir / "no/f"})
+    EXPECT_TRUE(zan::append_journal_line({dir / "j", false, {path}}, "x")) << path;
+  EXPECT_FALSE(zan::append_journal_line(
+      {dir / "j", false, {dir / "../" + dir.path().substr(dir.path().rfind('/') + 1) + "/j"}}, "x"));
 }
 
 TEST(JournalFile, OfAnotherOwner) {
