@@ -162,7 +162,7 @@ class Editor : public EditorState {
   CommandResult next_file_command(bool verbose);
   CommandResult previous_file_command(bool verbose);
   CommandResult change_file(std::uint64_t index, bool verbose);
-  void load_input_file(); // into `current`
+  bool load_main_text(TextBuffer& main, const std::string& path); // false as TextBuffer::load
 
   // ---- command/: macros
   void define_macro_command(const std::string& arg, bool verbose);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/block_writer.h"
+#include "host/abort.h"
 
 namespace zan {
 
@@ -66,6 +67,13 @@ int rename_exclusively(int directory, const std::string& from, const std::string
 
 UniqueFd open_file(const std::string& path, int flags, mode_t mode) {
   return open_at(AT_FDCWD, path, flags, mode);
+}
+
+UniqueFd open_target(const std::string& path) {
+  for (;;) {
+    UniqueFd file(::openat(AT_FDCWD, path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+    if (file || errno != EINTR || g_zan_abort_requested != 0) return file;
+  }
 }
 
 UniqueFd open_directory(const std::string& path) { return open_file(path, kLookUp | O_DIRECTORY); }

@@ -13,6 +13,8 @@ namespace zan {
 
 // open, repeated after interrupts; never makes a terminal the controlling one. -1 in the result: see errno.
 UniqueFd open_file(const std::string& path, int flags, mode_t mode = 0);
+// The same to write, but an interrupt that stops the command also ends the wait for a FIFO's reader: EINTR.
+UniqueFd open_target(const std::string& path);
 UniqueFd open_directory(const std::string& path); // to look names up in; it may be unreadable
 
 // Where the file of a path really lies.

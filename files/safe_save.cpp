@@ -122,7 +122,7 @@ Saved save_file(const std::string& path, const ByteSource& source, SaveMode mode
     return name_is_taken(path) ? Saved{SaveResult::exists} : create(path, source);
   }
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    UniqueFd target = open_file(path, O_WRONLY);
+    UniqueFd target = open_target(path);
     if (target) return overwrite(path, std::move(target), source, guard);
     if (errno != ENOENT) break;
     const Saved created = create(path, source);

@@ -6,4 +6,12 @@
 // the program's one thread clears it.
 extern volatile std::sig_atomic_t g_zan_abort_requested;
 
+namespace zan {
+
+// Set from outside while something long runs, which then stops soon.
+using Abort = const volatile std::sig_atomic_t;
+inline constexpr std::sig_atomic_t kNeverAborted = 0;
+
+} // namespace zan
+
 void zan_sigint_handler(int signal); // sets the flag and does nothing else

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <bitset>
-#include <csignal>
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -9,13 +8,10 @@
 #include <string_view>
 #include <vector>
 
+#include "host/abort.h"
 #include "search/substring.h"
 
 namespace zan {
-
-// Set from outside while a search runs: it stops soon, with nothing found.
-using Abort = const volatile std::sig_atomic_t;
-inline constexpr std::sig_atomic_t kNeverAborted = 0;
 
 // Is there an unescaped * ? % [ ^ or $ in it?
 bool has_wildcards(std::string_view pattern);

@@ -20,10 +20,10 @@ constexpr std::size_t kLastExtraBlock = 64 * 1024 * 1024;
 
 class InputFile {
  public:
-  explicit InputFile(const std::string& path) {
+  InputFile(const std::string& path, Abort& abort) : abort_(abort) {
     do {
       descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY);
-    } while (descriptor_ < 0 && errno == EINTR);
+    } while (descriptor_ < 0 && errno == EINTR && abort_ == 0);
     const bool missing = descriptor_ < 0 && (errno == ENOENT || errno == ENOTDIR);
     struct stat status {};
     readable_ = descriptor_ >= 0 && fstat(descriptor_, &status) == 0 && !S_ISDIR(status.st_mode);
@@ -41,16 +41,18 @@ class InputFile {
   std::size_t size() const { return size_; } // what is known of it; 0 for a pipe
   const FileState& state() const { return state_; }
 
-  // Bytes read, 0 only at the end (size > 0); nothing on error.
+  // Bytes read, 0 only at the end (size > 0); nothing on error or abort.
   std::optional<std::size_t> read_some(char* into, std::size_t size) {
-    for (;;) {
+    while (abort_ == 0) {
       const auto count = read(descriptor_, into, size);
       if (count >= 0) return static_cast<std::size_t>(count);
       if (errno != EINTR) return std::nullopt;
     }
+    return std::nullopt;
   }
 
  private:
+  Abort& abort_;
   int descriptor_ = -1;
   bool readable_ = false;
   std::size_t size_ = 0;
@@ -189,16 +191,16 @@ FileState state_of(const struct stat& file) {
           static_cast<std::int64_t>(changed.tv_nsec)};
 }
 
-std::optional<LoadedText> load_file(const std::string& path, FileState* found) {
-  InputFile file(path);
+std::optional<LoadedText> load_file(const std::string& path, FileState* found, Abort& abort) {
+  InputFile file(path, abort);
   auto loaded = if_readable(file, load_from);
   if (found != nullptr) *found = file.state();
   if (found != nullptr && !loaded && file.readable()) found->kind = FileState::Kind::unreadable;
   return loaded;
 }
 
-std::optional<std::string> read_whole_file(const std::string& path) {
-  InputFile file(path);
+std::optional<std::string> read_whole_file(const std::string& path, Abort& abort) {
+  InputFile file(path, abort);
   return if_readable(file, read_whole);
 }
 

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "host/abort.h"
 #include "text/file_state.h"
 #include "text/line_store.h"
 
@@ -20,11 +21,13 @@ struct LoadedText {
 // The file's lines: a line feed at the very end starts no further line, and one carriage return is removed
 // from the end of each line, also of a last one without line feed. Nothing when the file cannot be opened, is
 // a directory, fails to be read to its end or finds no room in memory: part of a file never passes for the
-// whole. A single pass, in which the file is read to where its text then stays. `found`, unless it is null,
-// becomes the state of the file before its bytes were read.
-std::optional<LoadedText> load_file(const std::string& path, FileState* found = nullptr);
+// whole. Also nothing once `abort` is set, be it while a FIFO waits for its other end. A single pass, in
+// which the file is read to where its text then stays. `found`, unless it is null, becomes the state of the
+// file before its bytes were read.
+std::optional<LoadedText> load_file(const std::string& path, FileState* found = nullptr,
+                                    Abort& abort = kNeverAborted);
 
 // The file's bytes as they are. Nothing as above.
-std::optional<std::string> read_whole_file(const std::string& path);
+std::optional<std::string> read_whole_file(const std::string& path, Abort& abort = kNeverAborted);
 
 } // namespace zan

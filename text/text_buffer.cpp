@@ -5,7 +5,6 @@
 
 #include "text/byte_scan.h"
 #include "text/bytes.h"
-#include "text/load_file.h"
 
 using zan::LineStore;
 using zan::LineStoreBuilder;
@@ -56,11 +55,11 @@ std::optional<LineStore> TextBuffer::lines_in_range(std::uint64_t first, std::ui
 
 // ---- whole text
 
-bool TextBuffer::load(const std::string& path) {
+bool TextBuffer::load(const std::string& path, zan::Abort& abort) {
   filename_ = path;
   clear_mark();
   zan::FileState found;
-  auto loaded = zan::load_file(path, &found);
+  auto loaded = zan::load_file(path, &found, abort);
   origin_ = std::make_shared<const zan::FileOrigin>(zan::FileOrigin{path, found});
   lines_ = loaded ? std::move(loaded->lines) : LineStore();
   final_newline_ = loaded ? loaded->final_newline : true;

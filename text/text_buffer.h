@@ -9,6 +9,7 @@
 
 #include "text/file_state.h"
 #include "text/line_store.h"
+#include "text/load_file.h"
 
 // One editable text: its lines, file name, flags and mark. A value; copies share unchanged text (LineStore),
 // so a copy costs the same whatever the size. Rows and columns are zero-based byte positions; a column may
@@ -38,7 +39,8 @@ class TextBuffer {
   std::optional<zan::LineStore> lines_in_range(std::uint64_t first, std::uint64_t last) const;
 
   // ---- whole text
-  bool load(const std::string& path); // false when it cannot be read: then one empty line
+  // False when it cannot be read, or `abort` was set meanwhile: then one empty line.
+  bool load(const std::string& path, zan::Abort& abort = zan::kNeverAborted);
   void set_text(const zan::LineStore& text);
   void set_text(std::string_view text) { set_text(zan::LineStore::from_text(text)); }
   void clear();

@@ -12,7 +12,7 @@
 #include "text/load_file.h"
 
 int Editor::run() {
-  load_input_file();
+  input_found = load_main_text(current, input_file);
   zan::answer_ending_signals(); // only now: until then, nothing can be lost
   buffers.entry("MAIN") = current;
   buffers.entry("PASTE") = TextBuffer();
@@ -76,7 +76,12 @@ void Editor::handle_command_result(CommandResult result, bool allow_exit) {
 void Editor::run_command_file(const std::string& path, bool verbose) {
   // The file is read whole and closed first: it may name itself, or be the journal that its lines append to.
   // One nested too deep is refused like one that cannot be opened.
-  const auto content = nesting_depth < zan::nesting_limit() ? zan::read_whole_file(path) : std::nullopt;
+  std::optional<std::string> content;
+  if (nesting_depth < zan::nesting_limit()) {
+    const AbortGuard guard;
+    content = zan::read_whole_file(path, g_zan_abort_requested);
+    if (check_abort(verbose)) return;
+  }
   if (!content) {
     if (verbose) console.write_error("?Unable to open command file " + path + "\n");
     return;

@@ -63,7 +63,9 @@ void Editor::clear_buffer_command(const std::string& arg, bool verbose) {
 
 void Editor::include_file_command(const std::string& arg, bool verbose) {
   const std::string path = strip_optional_quotes(zan::trim(arg));
-  const auto loaded = zan::load_file(path);
+  const AbortGuard guard;
+  const auto loaded = zan::load_file(path, nullptr, g_zan_abort_requested);
+  if (check_abort(verbose)) return;
   if (!loaded) {
     say(verbose, "?Unable to open include file ", path, "\n");
     return;

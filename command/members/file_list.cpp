@@ -1,5 +1,7 @@
 #include "app/editor.h"
 
+#include <utility>
+
 Editor::CommandResult Editor::next_file_command(bool verbose) {
   if (file_index + 1 >= files.size()) {
     say(verbose, "?No more files\n");
@@ -19,19 +21,27 @@ Editor::CommandResult Editor::previous_file_command(bool verbose) {
 // Saves MAIN to its file and loads another file of the list into it. When the save fails nothing else
 // happens.
 Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
+  const AbortGuard guard;
   save_current_buffer_state();
   TextBuffer& main = named_buffer("MAIN");
   std::string path = resolve_write_path(main.filename());
   if (!save_to_own_file(main, path)) {
+    if (check_abort(verbose)) return CommandResult::Continue;
     status_message = "?Unable to write " + path;
     say(verbose, status_message, "\n");
     report_unsaved_copy();
     return CommandResult::Error;
   }
+  TextBuffer loaded;
+  const bool found = load_main_text(loaded, files[index]);
+  if (check_abort(verbose)) {
+    if (current_buffer_name == "MAIN") current = main; // saved as well
+    return CommandResult::Continue;
+  }
   file_index = index;
   input_file = files[index];
-  current = TextBuffer();
-  load_input_file();
+  input_found = found;
+  current = std::move(loaded);
   buffers.entry("MAIN") = current;
   current_buffer_name = "MAIN";
   cursor_row = 0;
@@ -45,8 +55,9 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   return CommandResult::Continue;
 }
 
-void Editor::load_input_file() {
-  input_found = current.load(input_file);
-  current.set_origin(file_history.loaded(current.origin()));
-  current.set_filename(input_file);
+bool Editor::load_main_text(TextBuffer& main, const std::string& path) {
+  const bool found = main.load(path, g_zan_abort_requested);
+  main.set_origin(file_history.loaded(main.origin()));
+  main.set_filename(path);
+  return found;
 }

@@ -383,7 +383,7 @@ std::optional<Editor::CommandResult> Editor::run_setting(const ParsedCommand& co
 
 void Editor::print_line_help(const std::string& topic) {
   if (!help_file.empty() && help_file != "ZANHELP" && file_exists(help_file)) {
-    if (const auto text = zan::read_whole_file(help_file)) {
+    if (const auto text = zan::read_whole_file(help_file, g_zan_abort_requested)) {
       say(true, *text, text->empty() || text->ends_with('\n') ? "" : "\n");
       return;
     }

@@ -57,11 +57,12 @@ void Editor::write_command(const std::string& arg, bool verbose) {
     range = sticky_range;
   }
   std::string path = resolve_write_path(name);
+  const AbortGuard guard;
   const bool written = range ? write_lines_file(path, source.lines(), stretch_of(*range))
                              : save_buffer_to_path(source, path, verbose);
   if (written) {
     say(verbose, path, " written\n");
-  } else {
+  } else if (!check_abort(verbose)) {
     say(verbose, "?Unable to write ", path, "\n");
     report_unsaved_copy();
   }
