@@ -77,6 +77,7 @@ struct EditorState {
 
   // ---- fields: buffers
   bool input_found = false;                 // the last load of MAIN found its file
+  Text main_on_disk;                        // MAIN's file as last read or written; UNDO does not change it
   TextBuffer current;                       // working copy of the current buffer; every edit is made here
   zan::BufferRegistry buffers;              // all named buffers; stale for the current one until it is saved
   std::string current_buffer_name = "MAIN"; // the buffer that `current` stands for

@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 #include <unistd.h>
+#include <vector>
 
 #include "app/command_line.h"
 #include "app/editor.h"
@@ -66,14 +67,14 @@ int main(int argc, char** argv) {
   try {
     return run_program(argc, argv, editor);
   } catch (const std::exception& error) {
+    if (editor) zan::end_if_asked(*editor);
+    const auto copies = editor ? zan::rescue(*editor) : std::vector<std::string>();
     zan_safe_endwin();
-    if (editor) {
-      zan::rescue(*editor);
-      editor->console.flush();
-    }
-    zan::end_by_pending_signal();
+    if (editor) editor->console.flush();
     // Part by part: there may be no memory left to put them together.
     for (const char* part : {"fatal: ", error.what(), "\n"}) zan::write_fully(STDERR_FILENO, part);
+    zan::say_where_rescued(copies, "");
+    zan::end_by_pending_signal();
     return 1;
   }
 }

@@ -32,6 +32,7 @@ bool write_fully(int descriptor, std::string_view text) {
     if (count < 0 && errno == EINTR && g_zan_pending_signal == 0) continue;
     if (count <= 0) return false;
     text.remove_prefix(static_cast<std::size_t>(count));
+    if (g_zan_pending_signal != 0) return text.empty(); // the rest would have to wait
   }
   return true;
 }
@@ -82,14 +83,11 @@ bool Console::fill() {
     if (g_zan_pending_signal != 0) break;
     count = ::read(STDIN_FILENO, input_.data(), chunk_);
   } while (count < 0 && errno == EINTR && g_zan_abort_requested == 0);
-  failed_ = count < 0 && errno != EINTR;
   input_.resize(count > 0 ? static_cast<std::size_t>(count) : 0);
   return count > 0;
 }
 
 bool Console::is_terminal() { return isatty(STDIN_FILENO) != 0; }
-
-bool Console::lost_terminal() const { return was_terminal_ && (failed_ || !is_terminal()); }
 
 bool Console::waits_for_input() const {
   constexpr int kMoment = 50; // milliseconds: what is typed by a program is there sooner

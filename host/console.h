@@ -27,11 +27,11 @@ class Console {
   std::optional<std::string> read_line();
   // Gives bytes read ahead from a file back, before another reader or a child uses standard input.
   void release_input();
-  std::string take_input();              // gives back, and hands out what cannot be given back
-  void put_back(std::string_view bytes); // to be read first
-  // For the end of input: standard input was a terminal at the start, and it has gone or fails.
-  bool lost_terminal() const;
-  bool waits_for_input() const; // no line can be read yet, nor within a moment
+  std::string take_input();                             // gives back, and hands out what cannot be given back
+  void put_back(std::string_view bytes);                // to be read first
+  bool reads_terminal() const { return was_terminal_; } // it did at the start: since then it may have gone
+  // No line can be read yet, nor within a moment.
+  bool waits_for_input() const;
 
  private:
   static bool is_terminal(); // standard input
@@ -42,7 +42,6 @@ class Console {
   std::size_t input_used_ = 0;
   std::size_t chunk_ = 0; // bytes to ask for at once: 0 until the kind of the input is known
   bool was_terminal_ = is_terminal();
-  bool failed_ = false; // the last read
 };
 
 // Writes all of `text` to a descriptor, going on after interrupts and short writes. False on an error, and

@@ -1,6 +1,9 @@
 #include "host/signals.h"
 
 #include <array>
+#include <cerrno>
+#include <fcntl.h>
+#include <termios.h>
 #include <unistd.h>
 
 #include "host/abort.h"
@@ -11,8 +14,10 @@ namespace zan {
 
 namespace {
 
-constexpr std::array kEnding{SIGTERM, SIGHUP};
+constexpr std::array kEnding{SIGTERM, SIGHUP, SIGINT, SIGQUIT};
 constexpr unsigned kReminder = 1; // seconds
+
+volatile std::sig_atomic_t terminal_cut_off = -1; // a descriptor of it
 
 void do_nothing(int) {}
 
@@ -32,14 +37,42 @@ void handle_unless_ignored(int signal, void (*handler)(int)) {
   if (!has_handler(signal, SIG_IGN)) handle(signal, handler);
 }
 
+// The screen library repeats an interrupted write until somebody reads the terminal, which may be never.
+void cut_off_terminal() {
+  termios modes{};
+  if (tcgetattr(STDOUT_FILENO, &modes) != 0) return;
+  const int nowhere = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (nowhere < 0) return;
+  terminal_cut_off = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  if (terminal_cut_off >= 0) dup2(nowhere, STDOUT_FILENO);
+  ::close(nowhere);
+}
+
+void note_ending_signal(int signal);
+
 // Interrupts a wait that began just after the look at the flag. From the first time on, nothing holds up
 // another signal, whatever the answer waits for; before, it may be one of those that come together: a
 // terminal that is closed sends one, its shell another.
 void remind(int) {
+  const int error = errno;
   for (const int signal : kEnding)
     if (has_handler(signal, note_ending_signal)) handle(signal, SIG_DFL);
   alarm(kReminder);
+  errno = error;
 }
+
+void note_ending_signal(int signal) {
+  if (g_zan_pending_signal != 0) return;
+  const int error = errno;
+  g_zan_pending_signal = signal;
+  g_zan_abort_requested = 1;
+  cut_off_terminal();
+  handle(SIGALRM, remind);
+  alarm(kReminder);
+  errno = error;
+}
+
+void end_now(int) { end_by_pending_signal(); }
 
 } // namespace
 
@@ -52,11 +85,17 @@ void answer_ending_signals() {
   for (const int signal : kEnding) handle_unless_ignored(signal, note_ending_signal);
 }
 
-void note_ending_signal(int signal) {
-  if (g_zan_pending_signal != 0) return;
-  g_zan_pending_signal = signal;
-  g_zan_abort_requested = 1;
-  handle(SIGALRM, remind);
+bool output_is_cut_off() { return terminal_cut_off >= 0; }
+
+void reconnect_output() {
+  if (terminal_cut_off < 0) return;
+  dup2(terminal_cut_off, STDOUT_FILENO);
+  ::close(terminal_cut_off);
+  terminal_cut_off = -1;
+}
+
+void limit_waits() {
+  handle(SIGALRM, g_zan_pending_signal != 0 ? end_now : remind);
   alarm(kReminder);
 }
 

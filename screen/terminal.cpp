@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <poll.h>
 #include <string>
 #include <string_view>
 #include <sys/ioctl.h>
@@ -15,6 +16,7 @@
 #include <utility>
 
 #include "host/console.h"
+#include "host/held_signals.h"
 #include "host/signals.h"
 #include "host/unique_fd.h"
 #include "screen/curses.h"
@@ -78,8 +80,14 @@ class CrashExit {
     size_ += fitting.size();
   }
 
-  void give_back() const { // in a signal handler
+  // These may be called in a signal handler, and wait for nobody to read the terminal.
+  void give_back_modes() const {
     if (has_modes_) tcsetattr(STDOUT_FILENO, TCSANOW, &modes_);
+  }
+  void give_back() const {
+    give_back_modes();
+    pollfd output{STDOUT_FILENO, POLLOUT, 0};
+    if (poll(&output, 1, 0) <= 0) return;
     [[maybe_unused]] const ssize_t count = ::write(STDOUT_FILENO, sequences_.data(), size_);
   }
 
@@ -102,9 +110,9 @@ void give_back_and_crash(int signal) {
 }
 
 // Signals whose action is the screen's while it runs. The library takes the first when it is first started
-// and never gives it back, so both sides' actions are kept and exchanged; it would take the next two as well,
-// but leaves those alone that have a handler. An interrupt from outside ends the program by that signal. The
-// rest end it where it stands; where somebody else looks after them, as sanitizers do, they are left to him.
+// and never gives it back, so both sides' actions are kept and exchanged; it would take SIGWINCH as well, but
+// leaves it alone when it has a handler. Crashes end the program where it stands; where somebody else looks
+// after them, as sanitizers do, they are left to him.
 class ScreenSignals {
  public:
   void set_aside() {
@@ -112,8 +120,7 @@ class ScreenSignals {
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], nullptr, &outside_[i]);
     handle(SIGWINCH, wake_up);
     handle(SIGCONT, note_continuation);
-    if (outside_[kInterrupt].sa_handler == SIG_DFL) handle(SIGINT, note_ending_signal);
-    for (std::size_t i = kInterrupt + 1; i < kSignals.size(); ++i) {
+    for (std::size_t i = kFirstCrash; i < kSignals.size(); ++i) {
       if (outside_[i].sa_handler != SIG_DFL) continue;
       handle(kSignals[i], give_back_and_crash, SA_ONSTACK | static_cast<int>(SA_RESETHAND));
     }
@@ -125,9 +132,8 @@ class ScreenSignals {
   }
 
  private:
-  static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGCONT, SIGINT,  SIGQUIT,
-                                       SIGSEGV, SIGBUS,   SIGFPE,  SIGABRT, SIGILL};
-  static constexpr std::size_t kInterrupt = 3;
+  static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGCONT, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL};
+  static constexpr std::size_t kFirstCrash = 3;
   std::array<struct sigaction, kSignals.size()> outside_{};
   struct sigaction library_ {};
 };
@@ -167,6 +173,7 @@ void set_modes() {
 // Until it has been suspended once, the library sends every row by itself; suspended and resumed by the first
 // drawing, it sends a whole screen at once. What it would send for that goes nowhere: nothing has been drawn.
 void suspend_unseen() {
+  const HeldSignals held; // whose answer exchanges the descriptor too
   const UniqueFd terminal(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
   const UniqueFd nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
   if (!terminal || !nowhere) return;
@@ -251,7 +258,8 @@ class SignalPause {
   SignalPause() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGCONT, SIGWINCH}) sigaddset(&signals, signal);
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGCONT, SIGWINCH})
+      sigaddset(&signals, signal);
     sigprocmask(SIG_BLOCK, &signals, &before_);
   }
   ~SignalPause() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
@@ -404,9 +412,15 @@ void zan_safe_endwin() {
   if (!g_curses_active) return;
   g_curses_active = false;
   zan::room().visits = 0;
+  // The library gives the modes back only when all its output has been read.
+  if (g_zan_pending_signal != 0) zan::crash_exit().give_back_modes();
   // Where the library cannot bring back what stood there before, line mode goes on in the lowest row.
   if (zan::capability("rmcup").empty()) zan::show_bottom_row({}, 0);
   endwin();
   if (zan::room().own_numeric_mode) zan::write_fully(STDOUT_FILENO, "\033>");
+  if (zan::output_is_cut_off()) { // then all that, or the end of it, went nowhere
+    zan::reconnect_output();
+    zan::crash_exit().give_back();
+  }
   zan::room().signals.give_back();
 }

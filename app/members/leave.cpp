@@ -21,6 +21,7 @@ namespace {
 } // namespace
 
 void Editor::save_and_exit_now() {
+  zan::end_if_asked(*this);
   zan_safe_endwin();
   save_current_buffer_state();
   TextBuffer& main = named_buffer("MAIN");
@@ -28,9 +29,12 @@ void Editor::save_and_exit_now() {
   std::string path = resolve_write_path(main.filename());
   const bool named = output_file && !stands_for_unread_file(main, path);
   if (!(named ? save_buffer_to_path(main, path, false) : save_to_own_file(main, path))) {
-    zan::rescue(*this);
-    console.write_error("?Unable to write " + path + "\n");
+    zan::end_if_asked(*this);
+    const auto copies = zan::rescue(*this);
+    console.write_error("?Unable to write " + path + "
+");
     report_unsaved_copy();
+    zan::say_where_rescued(copies, "");
     leave(console, 2);
   }
   delete_journal_file();
@@ -41,6 +45,7 @@ void Editor::save_and_exit_now() {
 }
 
 void Editor::quit_without_saving_now() {
+  zan::end_if_asked(*this);
   zan_safe_endwin();
   save_current_buffer_state();
   const bool changed =

@@ -14,6 +14,7 @@
 int Editor::run() {
   input_found = load_main_text(current, input_file);
   zan::answer_ending_signals(); // only now: until then, nothing can be lost
+  main_on_disk = current.lines();
   buffers.entry("MAIN") = current;
   buffers.entry("PASTE") = TextBuffer();
   current_buffer_name = "MAIN";
@@ -41,7 +42,7 @@ int Editor::line_mode() {
     append_journal_line(*line);
     handle_command_result(execute_command(*line, !quiet), true);
   }
-  if (console.lost_terminal()) zan::rescue(*this);
+  if (console.reads_terminal()) zan::say_where_rescued(zan::rescue(*this), "\n");
   console.flush();
   return 0;
 }

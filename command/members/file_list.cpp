@@ -42,6 +42,7 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   input_file = files[index];
   input_found = found;
   current = std::move(loaded);
+  main_on_disk = current.lines();
   buffers.entry("MAIN") = current;
   current_buffer_name = "MAIN";
   cursor_row = 0;

@@ -32,6 +32,20 @@ zan::RowStretch stretch_of(const Editor::LineRange& range) {
   return {range.first, range.last >= range.first ? range.last - range.first + 1 : 0};
 }
 
+// By whatever names.
+bool is_same_file(const std::string& a, const std::string& b) {
+  struct stat of_a {};
+  struct stat of_b {};
+  return zan::file_exists(a) && zan::file_exists(b) && zan_stat(a.c_str(), &of_a) == 0 &&
+         zan_stat(b.c_str(), &of_b) == 0 && zan::same_file(of_a, of_b);
+}
+
+zan::LineStore rows_of(const zan::LineStore& text, const zan::RowStretch& rows) {
+  if (rows.count == 0) return {};
+  if (rows.first == 0 && rows.count >= text.line_count()) return text;
+  return text.substore(text.line_start(rows.first), text.line_end(rows.first + rows.count - 1));
+}
+
 } // namespace
 
 void Editor::write_command(const std::string& arg, bool verbose) {
@@ -91,12 +105,16 @@ bool Editor::write_lines_file(std::string& path, const Text& text, const zan::Ro
   unsaved_copy = saved.unsaved;
   if (!saved) return false;
   last_written_path = path;
+  if (is_same_file(path, input_file)) main_on_disk = rows_of(text, rows);
   return true;
 }
 
 bool Editor::save_buffer_to_path(TextBuffer& buffer, std::string& path, bool) {
   if (path.empty() || !write_lines_file(path, buffer.lines(), {0, buffer.line_count()})) return false;
-  if (zan::strip_vms_version(path) == zan::strip_vms_version(buffer.filename())) buffer.clear_modified();
+  if (zan::strip_vms_version(path) == zan::strip_vms_version(buffer.filename())) {
+    buffer.clear_modified();
+    main_on_disk = buffer.lines(); // no other buffer has a file name
+  }
   return true;
 }
 
@@ -104,6 +122,7 @@ bool Editor::save_to_own_file(TextBuffer& buffer, std::string& path) {
   if (path.empty() || stands_for_unread_file(buffer, path)) return false;
   if (!write_lines_file(path, buffer.lines(), {0, buffer.line_count()}, buffer.origin())) return false;
   buffer.clear_modified();
+  main_on_disk = buffer.lines(); // no other buffer has a file name
   return true;
 }
 

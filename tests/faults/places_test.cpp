@@ -144,21 +144,22 @@ TEST(Places, OfAFileThatCannotBeRead) {
       const Fault fault{std::to_string(error), call - calls.begin() + 1};
       promise.ran(*call + " fails with error " + fault.how, failed(fault, ignored));
     }
+}
 
-  TEST(Places, TheJournalIsSyncedOnlyWhileThePromptWaits) {
-    const auto synced = [](const Stage& stage) {
-      return std::ranges::any_of(stage.calls(), [](const auto& call) { return call.starts_with("fsync"); });
-    };
-    for (const bool waits : {true, false}) {
-      const Stage stage;
-      write_file(stage / "f", kOld);
-      Start start{{"f"}, waits ? "" : "TYPE 1\nQUIT\n"};
-      if (waits)
-        start.shell = R"((echo TYPE 1; until grep -q fsync ../log; do :; done; echo QUIT) | "$0" "$@")";
-      const RunResult run = stage.run(start, 1, {});
-      EXPECT_FALSE(run.timed_out);
-      EXPECT_EQ(synced(stage), waits);
-    }
+TEST(Places, TheJournalIsSyncedOnlyWhileThePromptWaits) {
+  const auto synced = [](const Stage& stage) {
+    return std::ranges::any_of(stage.calls(), [](const auto& call) { return call.starts_with("fsync"); });
+  };
+  for (const bool waits : {true, false}) {
+    const Stage stage;
+    write_file(stage / "f", kOld);
+    Start start{{"f"}, waits ? "" : "TYPE 1\nQUIT\n"};
+    if (waits)
+      start.shell = R"((echo TYPE 1; until grep -q fsync ../log; do :; done; echo QUIT) | "$0" "$@")";
+    const RunResult run = stage.run(start, 1, {});
+    EXPECT_FALSE(run.timed_out);
+    EXPECT_EQ(synced(stage), waits);
   }
+}
 
 } // namespace

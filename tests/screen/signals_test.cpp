@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <csignal>
+#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -87,8 +88,8 @@ std::vector<Place> busy_places() {
   static const std::string search = long_search();
   std::vector<Place> places{
       {"inserted lines", {change}, {"BOTTOM\nINSERT\n!\n?\n", "__"}, "", ""},
-      {"output", {change}, {"TYPE WHOLE\n", "aaaa"}, "", ""},
-      {"search", {change}, {search.c_str(), "[b-d]"}, "", ""},
+      {"output", {change}, {"TYPE WHOLE\n", "aaaa"}, "", "", false, {SIGINT}},
+      {"search", {change}, {search.c_str(), "[b-d]"}, "", "", false, {SIGINT}},
   };
   for (Place& place : places) {
     place.on_screen = false;
@@ -104,8 +105,8 @@ enum class Happens { signal, stop, resize, hang_up, hang_up_under_nohup };
 
 enum class Fate {
   goes_on,
-  ends,       // by the user's wish
-  is_torn_off // no less, but nobody asked the user about unsaved text
+  ends,
+  crashes // with its text
 };
 
 struct Event {
@@ -116,16 +117,16 @@ struct Event {
 };
 
 const std::vector<Event> kEvents{
-    {"SIGHUP", Happens::signal, SIGHUP, Fate::is_torn_off},
-    {"SIGTERM", Happens::signal, SIGTERM, Fate::is_torn_off},
+    {"SIGHUP", Happens::signal, SIGHUP, Fate::ends},
+    {"SIGTERM", Happens::signal, SIGTERM, Fate::ends},
     {"SIGINT", Happens::signal, SIGINT, Fate::ends},
     {"SIGQUIT", Happens::signal, SIGQUIT, Fate::ends},
     {"SIGTSTP", Happens::stop, SIGTSTP, Fate::goes_on},
     {"SIGWINCH", Happens::resize, SIGWINCH, Fate::goes_on},
     {"SIGPIPE", Happens::signal, SIGPIPE, Fate::goes_on},
     {"SIGXFSZ", Happens::signal, SIGXFSZ, Fate::goes_on},
-    {"TerminalGone", Happens::hang_up, SIGHUP, Fate::is_torn_off},
-    {"TerminalGoneUnderNohup", Happens::hang_up_under_nohup, 0, Fate::is_torn_off},
+    {"TerminalGone", Happens::hang_up, SIGHUP, Fate::ends},
+    {"TerminalGoneUnderNohup", Happens::hang_up_under_nohup, 0, Fate::ends},
 };
 
 void go_to(TerminalDriver& terminal, const Place& place) {
@@ -177,7 +178,7 @@ void expect_event_at(const Event& event, const Place& place) {
   options.text = place.text;
   options.spooler = kSpooler;
   options.job = event.happens == Happens::stop;
-  options.ignores_hangup = event.happens == Happens::hang_up_under_nohup;
+  options.ignores = event.happens == Happens::hang_up_under_nohup ? SIGHUP : 0;
   TerminalDriver terminal(options);
   go_to(terminal, place);
   const bool goes_on = event.fate == Fate::goes_on || place.survives.contains(event.signal);
@@ -200,10 +201,11 @@ void expect_event_at(const Event& event, const Place& place) {
   EXPECT_TRUE(noticed_first || status == (ends_by == 0 ? 0 : 128 + ends_by)) << status;
   EXPECT_TRUE(terminal.processor_seconds() < kLittle || place.text.size() > 1000);
   const std::string rescued = zan::test::read_file(terminal.home() / "notes.txt.save");
-  EXPECT_TRUE(event.fate != Fate::is_torn_off || rescued == place.rescued) << rescued.substr(0, 1000);
+  EXPECT_TRUE(event.fate != Fate::ends || rescued == place.rescued) << rescued.substr(0, 1000);
   if (terminal.is_gone()) return;
   EXPECT_TRUE(terminal.has_its_modes());
-  EXPECT_TRUE(!place.on_screen || terminal.output().ends_with("\033>")) << terminal.output();
+  const std::string said = rescued != "(none)" ? "\r\n?Your text is in notes.txt.save\r\n" : "";
+  EXPECT_TRUE(terminal.output().ends_with((place.on_screen ? "\033>" : "") + said)) << terminal.output();
   EXPECT_TRUE(event.happens == Happens::stop || terminal.times_sent("\033>") == place.visits());
 }
 
@@ -226,26 +228,124 @@ INSTANTIATE_TEST_SUITE_P(All, Signals, testing::ValuesIn(kEvents),
 TEST(Signals, WhereTheProgramIsBusy) {
   for (const Place& place : busy_places())
     for (const Event& event : kEvents)
-      if (event.fate == Fate::is_torn_off) expect_event_at(event, place);
+      if (event.fate == Fate::ends && !place.survives.contains(event.signal)) expect_event_at(event, place);
 }
 
 TEST(Signals, ACrashGivesTheTerminalBack) {
   const auto screen = std::ranges::find(kPlaces, std::string("screen"), &Place::name);
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL})
-    expect_event_at({"crash", Happens::signal, signal, Fate::ends}, *screen);
+    expect_event_at({"crash", Happens::signal, signal, Fate::crashes}, *screen);
 }
 
-// Who sends it again has waited long enough, whatever holds the program up.
+// Who sends it again has waited long enough, whatever holds the program up: here a save that has begun.
 TEST(Signals, AnotherOneEndsAWait) {
-  TerminalDriver terminal({});
+  TerminalOptions options;
+  options.text = lines(20000, 60); // more than a FIFO takes
+  TerminalDriver terminal(options);
   const std::string fifo = terminal.home() / "fifo";
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  terminal.type("INCLUDE fifo\n");
-  const int writer = open(fifo.c_str(), O_WRONLY); // waits for the reader
+  terminal.shows_text("1 aaa");
+  terminal.type("WRITE fifo\n");
+  const int reader = open(fifo.c_str(), O_RDONLY); // waits for the writer
   do kill(terminal.program(), SIGTERM);
   while (!terminal.stops()); // or ends
   terminal.exit_status();
-  close(writer);
+  close(reader);
+}
+
+// Commands that wait for somebody else, or read without end.
+constexpr const char* kEndless[] = {"INCLUDE fifo\n", "WRITE fifo\n", "NEXT\n", "INCLUDE /dev/zero\n"};
+
+TEST(Signals, OneEndsTheWaitForAnotherProgram) {
+  for (const char* command : kEndless) {
+    SCOPED_TRACE(command);
+    TerminalOptions options;
+    options.arguments = {"fifo"};
+    TerminalDriver terminal(options);
+    ASSERT_EQ(mkfifo((terminal.home() / "fifo").c_str(), 0600), 0);
+    terminal.type("INSERT x\nTYPE 1\n");
+    terminal.wait_until([&](const Shown&) { return terminal.output().ends_with("1 xone\r\n*"); }, "  *\n");
+    terminal.type(command);
+    terminal.shows_text("*" + std::string(command, std::strlen(command) - 1));
+    kill(terminal.program(), SIGTERM);
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
+    const bool saved = terminal.file() == "xone\ntwo\nthree\n";
+    EXPECT_NE(saved, std::filesystem::exists(terminal.home() / "notes.txt.save"));
+  }
+}
+
+// The interrupt is ignored but where a command looks for it: so it may be sent before the command has begun.
+TEST(Interrupt, EndsTheWaitForAnotherProgram) {
+  for (const char* command : kEndless) {
+    SCOPED_TRACE(command);
+    TerminalOptions options;
+    options.arguments = {"fifo"};
+    options.ignores = SIGINT;
+    TerminalDriver terminal(options);
+    ASSERT_EQ(mkfifo((terminal.home() / "fifo").c_str(), 0600), 0);
+    terminal.shows_text("1 one");
+    terminal.type(command);
+    const auto aborted = [&](const Shown&) {
+      kill(terminal.program(), SIGINT);
+      return terminal.times_sent("*Abort*") == 1;
+    };
+    terminal.wait_until(aborted, "  *Abort*\n");
+    terminal.type("TYPE 1\nSHOW FILES\nQUIT\n");
+    terminal.shows_text("Files: *notes.txt fifo");
+    EXPECT_EQ(terminal.times_sent("\n1 one"), 2U);
+    EXPECT_EQ(terminal.exit_status(), 0);
+  }
+}
+
+// A terminal whose other end nobody reads any more.
+TEST(Signals, EndAProgramThatIsHeldUpByItsTerminal) {
+  for (const bool on_screen : {false, true}) {
+    for (const int signal : {SIGHUP, SIGTERM, SIGINT, SIGQUIT}) {
+      if (signal == SIGINT && !on_screen) continue; // stops the command
+      SCOPED_TRACE(signal);
+      TerminalOptions options;
+      options.text = lines(20000, 60);
+      options.rows = 200;
+      options.columns = 500;
+      TerminalDriver terminal(options);
+      if (on_screen) terminal.enter_screen();
+      terminal.type(on_screen ? "x" : "INSERT x\nTYPE 1\n");
+      terminal.shows_text("xaaa");
+      const pid_t program = terminal.program();
+      terminal.type_unread(on_screen ? std::string(100, '\027') : "TYPE WHOLE\n");
+      kill(program, signal);
+      EXPECT_EQ(terminal.exit_status_unread(), 128 + signal);
+      EXPECT_EQ(zan::test::read_file(terminal.home() / "notes.txt.save"), "x" + options.text);
+    }
+  }
+}
+
+TEST(Signals, EndOfInputRescuesToo) {
+  TerminalDriver terminal({});
+  terminal.type("INSERT x\nFIND =PASTE\nINSERT y\n\004");
+  EXPECT_EQ(terminal.exit_status(), 0);
+  const std::string said = "*\r\n?Your text is in notes.txt.PASTE.save, notes.txt.save\r\n";
+  EXPECT_TRUE(terminal.output().ends_with(said)) << terminal.output();
+  EXPECT_EQ(zan::test::read_file(terminal.home() / "notes.txt.save"), "xone\ntwo\nthree\n");
+}
+
+TEST(Signals, AFailedExitSaysWhereTheTextIs) {
+  TerminalOptions options;
+  options.arguments = {"-output=no/f"};
+  TerminalDriver terminal(options);
+  terminal.type("INSERT x\nEXIT\n");
+  EXPECT_EQ(terminal.exit_status(), 2);
+  const std::string said = "?Unable to write no/f\r\n?Your text is in notes.txt.save\r\n";
+  EXPECT_TRUE(terminal.output().ends_with(said)) << terminal.output();
+}
+
+TEST(Signals, AJournalThatCannotBeWrittenIsSaidOnce) {
+  TerminalOptions options;
+  options.arguments = {"-journal=no/j"};
+  TerminalDriver terminal(options);
+  terminal.type("TYPE 1\nTYPE 2\nQUIT\n");
+  EXPECT_EQ(terminal.exit_status(), 0);
+  EXPECT_EQ(terminal.times_sent("?Unable to write journal no/j\r\n"), 1U) << terminal.output();
 }
 
 TEST(Interrupt, StopsTypingAndTheNextCommandRuns) {
@@ -272,11 +372,14 @@ TEST(Interrupt, StopsASearchAndAnUnguardedProgramEnds) {
   TerminalDriver terminal(options);
   terminal.shows_text("*");
   terminal.type(long_search());
-  for (unsigned long long caught = 0; (caught >> (SIGINT - 1) & 1) == 0;) {
-    std::ifstream status("/proc/" + std::to_string(terminal.program()) + "/status");
-    for (std::string name; status >> name && name != "SigCgt:";) {}
-    ASSERT_TRUE(status >> std::hex >> caught);
-  }
+  const auto ticks = [&] { // that the program has used of the processor
+    std::ifstream stat("/proc/" + std::to_string(terminal.program()) + "/stat");
+    std::string field;
+    for (int number = 1; number <= 14; ++number) stat >> field;
+    return std::atol(field.c_str());
+  };
+  const long before = ticks();
+  while (ticks() < before + 5) ASSERT_EQ(kill(terminal.program(), 0), 0);
   terminal.type("\003");
   terminal.shows_text("*Abort*");
   terminal.type("TYPE/BRIEF:1\n");

@@ -77,17 +77,22 @@ void become_job() {
   _exit(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status));
 }
 
-[[noreturn]] void execute(const std::string& home, const std::optional<std::string>& term) {
+[[noreturn]] void execute(const std::string& home, const TerminalOptions& options) {
   // The screen library keeps what it had begun for a terminal that it could not start: no leak of the
   // program. Signals of a crash are the program's.
   std::vector<std::string> variables{
       "HOME=" + home, "PATH=" + home + ":/usr/bin:/bin", "LC_ALL=C.UTF-8",
       "ASAN_OPTIONS=detect_leaks=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0"};
-  if (term) variables.push_back("TERM=" + *term);
+  if (options.term) variables.push_back("TERM=" + *options.term);
   std::vector<char*> environment;
   for (std::string& variable : variables) environment.push_back(variable.data());
   environment.push_back(nullptr);
-  if (chdir(home.c_str()) == 0) execle(ZAN_PROGRAM, "zan", "notes.txt", nullptr, environment.data());
+  std::vector<std::string> words{"zan", "notes.txt"};
+  words.insert(words.end(), options.arguments.begin(), options.arguments.end());
+  std::vector<char*> arguments;
+  for (std::string& word : words) arguments.push_back(word.data());
+  arguments.push_back(nullptr);
+  if (chdir(home.c_str()) == 0) execve(ZAN_PROGRAM, arguments.data(), environment.data());
   _exit(127);
 }
 
@@ -122,8 +127,9 @@ TerminalDriver::TerminalDriver(const TerminalOptions& options)
   const rlimit no_core{};
   setrlimit(RLIMIT_CORE, &no_core);
   if (options.job) become_job();
-  std::signal(SIGHUP, options.ignores_hangup ? SIG_IGN : SIG_DFL);
-  execute(home_.path(), options.term);
+  std::signal(SIGHUP, SIG_DFL);
+  if (options.ignores != 0) std::signal(options.ignores, SIG_IGN);
+  execute(home_.path(), options);
 }
 
 TerminalDriver::~TerminalDriver() {
@@ -147,6 +153,13 @@ void TerminalDriver::type(std::string_view bytes) {
     if (count <= 0) return;
     bytes.remove_prefix(static_cast<std::size_t>(count));
   }
+}
+
+// Until the output waits.
+void TerminalDriver::type_unread(std::string_view bytes) {
+  EXPECT_EQ(write(master_, bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+  pollfd ready{master_, POLLIN, 0};
+  EXPECT_EQ(poll(&ready, 1, 1000 * static_cast<int>(kDeadline.count())), 1);
 }
 
 void TerminalDriver::enter_screen(std::string_view shown) {
@@ -238,6 +251,17 @@ bool TerminalDriver::shows_text(std::string_view text) {
   const auto holds = [&](const std::string& row) { return row.find(text) != std::string::npos; };
   return wait_until([&](const Shown& now) { return std::ranges::any_of(now.rows, holds); },
                     "  ... " + std::string(text) + "\n");
+}
+
+int TerminalDriver::exit_status_unread() {
+  const auto deadline = Clock::now() + kDeadline;
+  int status = 0;
+  while (waitpid(child_, &status, WNOHANG) == 0) {
+    if (Clock::now() > deadline) return -1;
+    poll(nullptr, 0, 5);
+  }
+  child_ = -1;
+  return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
 }
 
 int TerminalDriver::exit_status() {

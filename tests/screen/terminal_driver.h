@@ -26,10 +26,11 @@ struct TerminalOptions {
   std::optional<std::string> term = "xterm-256color";
   int rows = 8;
   int columns = 64;
-  std::string startup;         // commands of the startup file
-  std::string spooler;         // the script "lpr"
-  bool ignores_hangup = false; // as under nohup
-  bool job = false;            // under a shell, which it can be stopped for
+  std::string startup;                // commands of the startup file
+  std::string spooler;                // the script "lpr"
+  std::vector<std::string> arguments; // behind the file's name
+  int ignores = 0;                    // a signal that is ignored, as SIGHUP is under nohup
+  bool job = false;                   // under a shell, which it can be stopped for
 };
 
 // The program on a pseudo-terminal, whose other end is a terminal emulator. All waits end at a deadline,
@@ -42,6 +43,7 @@ class TerminalDriver {
   TerminalDriver& operator=(const TerminalDriver&) = delete;
 
   void type(std::string_view bytes);
+  void type_unread(std::string_view bytes);                 // and from now on read nothing of what is shown
   void enter_screen(std::string_view shown = "EDIT[MAIN]"); // and waits for that
   void resize(int rows, int columns);
   void hang_up(); // the terminal goes away
@@ -61,6 +63,7 @@ class TerminalDriver {
   bool shows_text(std::string_view text);
   bool wait_until(const std::function<bool(const Shown&)>& wanted, const std::string& description);
   int exit_status(); // waits for the end: the exit status, or 128 and the signal
+  int exit_status_unread();
   double processor_seconds() const { return processor_seconds_; } // that the ended program used
 
  private:
