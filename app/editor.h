@@ -113,6 +113,8 @@ class Editor : public EditorState {
   static std::string strip_optional_quotes(std::string_view text);
   static Qualifiers extract_qualifiers(std::string& line);
   ParsedCommand parse_command(const std::string& line) const;
+  static zan::KeyForm key_form(std::string_view key);     // of a command or setting
+  static zan::KeyForm setting_form(std::string_view key); // of a setting
   zan::LineContext line_context() const; // what line references count from
   std::optional<std::uint64_t> parse_line_ref(std::string_view text) const;
   std::optional<LineRange> parse_line_range(std::string_view text) const;

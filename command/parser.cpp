@@ -4,8 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <utility>
 
-#include "command/spellings.h"
 #include "text/bytes.h"
 
 namespace zan {
@@ -24,15 +24,10 @@ std::optional<std::string> line_to_go_to(std::string_view word, const LineContex
 }
 
 bool match_exact_form(std::string_view text, ParsedCommand& command) {
-  if (text.size() > kLongestExactForm) return false;
+  if (text.size() > kLongestForm) return false;
   const std::string line = upper(text);
-  if (std::ranges::binary_search(regular_forms(), line)) {
-    command.key = line;
-    std::ranges::replace(command.key, ' ', '-');
-    return true;
-  }
-  const auto row = std::ranges::lower_bound(other_forms(), line, {}, &ExactForm::line);
-  if (row == other_forms().end() || row->line != line) return false;
+  const auto row = std::ranges::lower_bound(exact_forms(), line, {}, &ExactForm::line);
+  if (row == exact_forms().end() || row->line != line) return false;
   command.key = row->key;
   command.arg = row->arg;
   return true;
@@ -43,6 +38,29 @@ bool match_prefix_form(std::string_view text, ParsedCommand& command) {
     if (!starts_with_ci(text, row.prefix)) continue;
     command.key = row.key;
     command.arg = trim(text.substr(row.prefix.size()));
+    return true;
+  }
+  return false;
+}
+
+// The key that has these words; "" when one of them holds a dash, as a key that was typed does.
+std::string key_of(std::string_view words) {
+  if (words.find('-') != std::string_view::npos) return "";
+  std::string key = upper(words);
+  std::ranges::replace(key, ' ', '-');
+  return key;
+}
+
+// The most words at the start of the line that are a key's.
+bool match_key(std::string_view text, KeyFormLookup form_of, ParsedCommand& command) {
+  std::size_t end = text.size() <= kLongestForm ? text.size() : text.rfind(' ', kLongestForm);
+  for (; end != std::string_view::npos && end > 0; end = text.rfind(' ', end - 1)) {
+    std::string key = key_of(text.substr(0, end));
+    const KeyForm form = form_of(key);
+    if (form != KeyForm::either && form != (end == text.size() ? KeyForm::alone : KeyForm::argument))
+      continue;
+    command.key = std::move(key);
+    command.arg = trim(text.substr(end));
     return true;
   }
   return false;
@@ -60,7 +78,7 @@ void tell_substitute_all(ParsedCommand& command) {
 
 } // namespace
 
-ParsedCommand parse_command(std::string_view line, const LineContext& context) {
+ParsedCommand parse_command(std::string_view line, const LineContext& context, KeyFormLookup form_of) {
   const std::string_view text = trim(line);
   ParsedCommand command{.key = {}, .arg = {}, .text = std::string(text), .quals = {}};
   const auto word_end = std::ranges::find_if(text, is_space);
@@ -77,6 +95,7 @@ ParsedCommand parse_command(std::string_view line, const LineContext& context) {
     tell_substitute_all(command);
     return command;
   }
+  if (match_key(text, form_of, command)) return command;
   command.key = upper(first);
   command.arg = trim(text.substr(first.size()));
   return command;

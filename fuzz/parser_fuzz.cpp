@@ -2,6 +2,7 @@
 // line.
 #include <charconv>
 
+#include "app/editor.h"
 #include "command/macro_text.h"
 #include "command/parser.h"
 #include "fuzz/input.h"
@@ -71,13 +72,14 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const zan::Qualifiers qualifiers = take_qualifiers(expected);
   zan::fuzz::check(zan::extract_qualifiers(line) == qualifiers && line == expected);
 
-  const zan::ParsedCommand command = zan::parse_command(line, context);
+  const zan::ParsedCommand command = zan::parse_command(line, context, Editor::key_form);
   zan::fuzz::check(command.text == zan::trim(line));
   zan::fuzz::check(command.key.empty() == command.text.empty());
   zan::fuzz::check(command.key == zan::upper(command.key));
   zan::fuzz::check(command.arg == zan::trim(command.arg));
   // Neither case nor blanks around a line tell commands apart.
-  const zan::ParsedCommand upper = zan::parse_command(" " + zan::upper(line) + "\t", context);
+  const zan::ParsedCommand upper =
+      zan::parse_command(" " + zan::upper(line) + "\t", context, Editor::key_form);
   zan::fuzz::check(upper.key == command.key && upper.arg == zan::upper(command.arg));
   // The longest argument is the line's end, but for what is spelled out in the tables.
   if (command.key == "GOTO-LINE" && zan::all_digits(command.text))

@@ -42,19 +42,33 @@ def first_strings(path, table):
     return [row[0] for row in reference.rows(path, table)]
 
 
+SETTINGS = "command/members/settings.cpp"
+SPELLINGS = "command/spellings.cpp"
+
+
+def fields(table):
+    """The names of a table of settings whose rows have a field."""
+    body = re.search(table + r" = .*?\(\{(.*?)\n\s*\}\)", read(SETTINGS), re.S).group(1)
+    return re.findall(r'\{"(\w+)",\s*&Editor::', body)
+
+
+def keys_of_commands():
+    return first_strings("command/members/dispatch.cpp", "auto rows")
+
+
+def forms():
+    return [form.strip() for table in ("kAliases", "kPrefixes") for form in first_strings(SPELLINGS, table)]
+
+
 def show_words():
     """The words that stand behind SHOW."""
-    keys = first_strings("command/members/settings.cpp", "kOtherSettings") + first_strings("command/members/dispatch.cpp", "auto rows")
-    forms = [form.replace(" ", "-", 1) for table in ("kRegular", "kAliases")
-             for form in first_strings("command/spellings.cpp", table)]
-    return {key.removeprefix("SHOW-") for key in keys + forms if key.startswith("SHOW-")}
+    keys = first_strings(SETTINGS, "kOtherSettings") + keys_of_commands() + [form.replace(" ", "-", 1) for form in forms()]
+    shown = [name for table in ("kOnOffSettings", "kNumberSettings", "kChoiceSettings") for name in fields(table)]
+    return {key.removeprefix("SHOW-") for key in keys if key.startswith("SHOW-")}.union(shown)
 
 
 def commands():
-    keys = [key.replace("-", " ") for key in first_strings("command/members/dispatch.cpp", "auto rows") if key != "GOTO-LINE"]
-    return keys + ["UNDO", "REDO"] + [
-        form.strip() for table in ("kRegular", "kAliases", "kPrefixes")
-        for form in first_strings("command/spellings.cpp", table)]
+    return [key.replace("-", " ") for key in keys_of_commands() if key != "GOTO-LINE"] + ["UNDO", "REDO"] + forms()
 
 
 def is_setting(name):
@@ -63,21 +77,20 @@ def is_setting(name):
 
 def settings():
     """The words that stand behind SET."""
-    path = "command/members/settings.cpp"
-    words = first_strings(path, "kOnOffSettings") + first_strings(path, "kNumberSettings")
-    words += [word for word in strings(path, "kChoiceSettings") if re.fullmatch("[A-Z]+", word)]
-    words += first_strings(path, "kSearchWords")
-    keys = [key.split("-")[1:] for key in first_strings(path, "kOtherSettings") if key.startswith("SET-")]
-    spelt = [form.split()[1:] for table in ("kRegular", "kPrefixes")
-             for form in first_strings("command/spellings.cpp", table) if form.startswith("SET ")]
-    return set(sum(keys + spelt, words)) - {"DELIM"}
+    on_off = fields("kOnOffSettings")
+    words = on_off + ["NO" + name for name in on_off] + fields("kNumberSettings") + fields("kSearchWords")
+    words += [word for word in strings(SETTINGS, "kChoiceSettings") if re.fullmatch("[A-Z]+", word)]
+    keys = first_strings(SETTINGS, "kOtherSettings") + keys_of_commands()
+    spelt = [key.split("-")[1:] for key in keys if key.startswith("SET-")]
+    spelt += [form.split()[1:] for form in first_strings(SPELLINGS, "kPrefixes") if form.startswith("SET ")]
+    return set(sum(spelt, words)) - {"DELIM"}
 
 
 def followers():
     """What stands behind a word that is no command by itself."""
-    forms = [form.split() for form in commands()]
-    of = {word: {form[1] for form in forms if form[0] == word and len(form) > 1} for word in ("DEL", "UND", "DEFINE")}
-    spelt = {form[1] for form in forms if form[0] == "SET" and len(form) > 1}
+    words = [form.split() for form in commands()]
+    of = {first: {form[1] for form in words if form[0] == first and len(form) > 1} for first in ("DEL", "UND", "DEFINE")}
+    spelt = {form[1] for form in words if form[0] == "SET" and len(form) > 1}
     topics = {*first_strings("command/help_text.cpp", "kTopics"), "VERSION"}
     return {**of, "SET": settings() | spelt, "SHOW": show_words(), "HELP": topics}
 

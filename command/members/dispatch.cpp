@@ -11,17 +11,19 @@ namespace {
 
 using Result = Editor::CommandResult;
 using Parsed = Editor::ParsedCommand;
+using zan::KeyForm;
 
 struct Command {
   std::string_view key;
   Result (*run)(Editor&, const Parsed&, bool verbose);
-  bool changes = false; // refused when read-only, and preceded by an undo snapshot
+  bool changes = false;          // refused when read-only, and preceded by an undo snapshot
+  KeyForm form = KeyForm::alone; // of a key of several words
 };
 
 constexpr bool kChanges = true;
 
 // The action of a row that is one member: with whatever of argument, qualifiers and verbose it takes.
-template <auto Member> Result call(Editor& editor, const Parsed& command, bool verbose) {
+template <auto Member> Result member(Editor& editor, const Parsed& command, bool verbose) {
   const auto invoke = [&]() {
     if constexpr (std::is_invocable_v<decltype(Member), Editor&>) return (editor.*Member)();
     else if constexpr (std::is_invocable_v<decltype(Member), Editor&, const Parsed&, bool>)
@@ -81,62 +83,62 @@ Result substitute_all(Editor& editor, const Parsed& command, bool verbose) {
 constexpr auto kCommands = [] {
   auto rows = std::to_array<Command>({
       {"ADVANCE", turn<Editor::Direction::Advance>},
-      {"APPEND", call<&Editor::append_select>, kChanges},
+      {"APPEND", member<&Editor::append_select>, kChanges},
       {"BACKUP", turn<Editor::Direction::Backup>},
-      {"BELL", call<&Editor::ring_bell>},
-      {"BOTTOM", call<&Editor::go_bottom>},
-      {"CHANGE", call<&Editor::change_command>},
+      {"BELL", member<&Editor::ring_bell>},
+      {"BOTTOM", member<&Editor::go_bottom>},
+      {"CHANGE", member<&Editor::change_command>},
       {"CHGL", change_case<false>},
       {"CHGU", change_case<true>},
-      {"CLEAR", call<&Editor::clear_buffer_command>, kChanges},
+      {"CLEAR", member<&Editor::clear_buffer_command>, kChanges},
       {"COPY", copy_or_move<false>, kChanges},
-      {"CUT", call<&Editor::cut_select>, kChanges},
-      {"DATE", call<&Editor::date_command>, kChanges},
-      {"DEFINE-KEY", call<&Editor::define_key_command>, kChanges},
-      {"DEFINE-MACRO", call<&Editor::define_macro_command>, kChanges},
-      {"DEL-C", call<&Editor::delete_char_at_cursor>, kChanges},
-      {"DEL-EOL", call<&Editor::delete_eol>, kChanges},
-      {"DEL-L", call<&Editor::delete_line>, kChanges},
-      {"DEL-W", call<&Editor::delete_word>, kChanges},
-      {"DELETE", call<&Editor::delete_command>, kChanges},
+      {"CUT", member<&Editor::cut_select>, kChanges},
+      {"DATE", member<&Editor::date_command>, kChanges},
+      {"DEFINE-KEY", member<&Editor::define_key_command>, kChanges, KeyForm::argument},
+      {"DEFINE-MACRO", member<&Editor::define_macro_command>, kChanges, KeyForm::argument},
+      {"DEL-C", member<&Editor::delete_char_at_cursor>, kChanges},
+      {"DEL-EOL", member<&Editor::delete_eol>, kChanges},
+      {"DEL-L", member<&Editor::delete_line>, kChanges},
+      {"DEL-W", member<&Editor::delete_word>, kChanges},
+      {"DELETE", member<&Editor::delete_command>, kChanges},
       {"EXIT", give<Result::Exit>},
-      {"FILES", call<&Editor::show_files>},
-      {"FILL", call<&Editor::fill_command>},
-      {"FIND", call<&Editor::find_command>},
-      {"FNDNXT", call<&Editor::find_next_command>},
-      {"GOTO-LINE", call<&Editor::goto_line>},
+      {"FILES", member<&Editor::show_files>},
+      {"FILL", member<&Editor::fill_command>},
+      {"FIND", member<&Editor::find_command>},
+      {"FNDNXT", member<&Editor::find_next_command>},
+      {"GOTO-LINE", member<&Editor::goto_line>, !kChanges, KeyForm::unspelled},
       {"HELP", help},
-      {"INCLUDE", call<&Editor::include_file_command>, kChanges},
-      {"INSERT", call<&Editor::insert_command>, kChanges},
+      {"INCLUDE", member<&Editor::include_file_command>, kChanges},
+      {"INSERT", member<&Editor::insert_command>, kChanges},
       {"MOVE", copy_or_move<true>, kChanges},
-      {"NEXT", call<&Editor::next_file_command>},
-      {"PASTE", call<&Editor::paste>, kChanges},
-      {"PREVIOUS", call<&Editor::previous_file_command>},
-      {"PRINT", call<&Editor::print_command>},
+      {"NEXT", member<&Editor::next_file_command>},
+      {"PASTE", member<&Editor::paste>, kChanges},
+      {"PREVIOUS", member<&Editor::previous_file_command>},
+      {"PRINT", member<&Editor::print_command>},
       {"QUIT", give<Result::Quit>},
-      {"RANGE", call<&Editor::range_command>},
-      {"REPLACE", call<&Editor::replace_select_with_paste>, kChanges},
-      {"RESEQUENCE", call<&Editor::resequence_command>, kChanges},
-      {"RESET", call<&Editor::reset_state>},
-      {"RETAIN", call<&Editor::retain_command>, kChanges},
-      {"SELECT", call<&Editor::start_select>},
+      {"RANGE", member<&Editor::range_command>},
+      {"REPLACE", member<&Editor::replace_select_with_paste>, kChanges},
+      {"RESEQUENCE", member<&Editor::resequence_command>, kChanges},
+      {"RESET", member<&Editor::reset_state>},
+      {"RETAIN", member<&Editor::retain_command>, kChanges},
+      {"SELECT", member<&Editor::start_select>},
       {"SET-MODE-CHANGE", set_mode_change},
-      {"SHOW-BUFFER", call<&Editor::show_buffers>},
-      {"SHOW-FILES", call<&Editor::show_files>},
-      {"SHOW-KEY", call<&Editor::show_key_command>},
-      {"SHOW-MACRO", call<&Editor::show_macros>},
-      {"SUBSTITUTE", call<&Editor::substitute_command>, kChanges},
-      {"SUBSTITUTE-ALL", substitute_all},
-      {"TAB", call<&Editor::insert_tab_at_cursor>, kChanges},
-      {"TAB-ADJUST", call<&Editor::tab_adjust_command>, kChanges},
-      {"TOP", call<&Editor::go_top>},
-      {"TYPE", call<&Editor::type_command>},
+      {"SHOW-BUFFER", member<&Editor::show_buffers>},
+      {"SHOW-FILES", member<&Editor::show_files>},
+      {"SHOW-KEY", member<&Editor::show_key_command>, !kChanges, KeyForm::either},
+      {"SHOW-MACRO", member<&Editor::show_macros>, !kChanges, KeyForm::either},
+      {"SUBSTITUTE", member<&Editor::substitute_command>, kChanges},
+      {"SUBSTITUTE-ALL", substitute_all, !kChanges, KeyForm::unspelled},
+      {"TAB", member<&Editor::insert_tab_at_cursor>, kChanges},
+      {"TAB-ADJUST", member<&Editor::tab_adjust_command>, kChanges, KeyForm::either},
+      {"TOP", member<&Editor::go_top>},
+      {"TYPE", member<&Editor::type_command>},
       {"TYPECURRENT", type_current},
-      {"UND-C", call<&Editor::undelete_char>, kChanges},
-      {"UND-L", call<&Editor::undelete_line>, kChanges},
-      {"UND-W", call<&Editor::undelete_word>, kChanges},
-      {"WRITE", call<&Editor::write_command>, kChanges},
-      {"XLATE", call<&Editor::xlate_command>, kChanges},
+      {"UND-C", member<&Editor::undelete_char>, kChanges},
+      {"UND-L", member<&Editor::undelete_line>, kChanges},
+      {"UND-W", member<&Editor::undelete_word>, kChanges},
+      {"WRITE", member<&Editor::write_command>, kChanges},
+      {"XLATE", member<&Editor::xlate_command>, kChanges},
   });
   std::ranges::sort(rows, {}, &Command::key);
   return rows;
@@ -176,6 +178,11 @@ Editor::CommandResult Editor::dispatch_command(const std::string& line, const Qu
   if (row != nullptr) return row->run(*this, command, verbose);
   say(verbose, "?Unrecognized command: ", command.text, "\n");
   return CommandResult::Error;
+}
+
+zan::KeyForm Editor::key_form(std::string_view key) {
+  const Command* row = find_command_row(key);
+  return row != nullptr ? row->form : setting_form(key);
 }
 
 bool Editor::command_changes_text_or_buffers(std::string_view key) const {

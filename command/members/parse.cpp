@@ -18,7 +18,7 @@ std::string Editor::strip_optional_quotes(std::string_view text) {
 Editor::Qualifiers Editor::extract_qualifiers(std::string& line) { return zan::extract_qualifiers(line); }
 
 Editor::ParsedCommand Editor::parse_command(const std::string& line) const {
-  return zan::parse_command(line, line_context());
+  return zan::parse_command(line, line_context(), key_form);
 }
 
 zan::LineContext Editor::line_context() const { return {current.line_count(), cursor_row}; }

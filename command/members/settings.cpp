@@ -15,6 +15,8 @@
 // last table. An error never changes a setting.
 namespace {
 
+using zan::KeyForm;
+
 const char* on_off(bool on) { return on ? "ON" : "OFF"; }
 
 // SET-name, SET-NOname, SHOW-name.
@@ -83,7 +85,7 @@ constexpr auto kChoiceSettings = std::to_array<ChoiceSetting>({
 
 // SET SEARCH word: sets one flag and clears another.
 struct SearchWord {
-  std::string_view word;
+  std::string_view name;
   bool Editor::*field;
   bool value = true;
   bool Editor::*cleared = nullptr;
@@ -99,9 +101,16 @@ constexpr auto kSearchWords = std::to_array<SearchWord>({
     {"NOWORD", &Editor::search_word, false},
 });
 
+// The row of that name, or null.
+template <typename Row, std::size_t size>
+const Row* find_row(const std::array<Row, size>& table, std::string_view name) {
+  const auto row = std::ranges::find(table, name, &Row::name);
+  return row != table.end() ? &*row : nullptr;
+}
+
 bool set_search(Editor& editor, std::string_view word) {
-  const auto row = std::ranges::find(kSearchWords, word, &SearchWord::word);
-  if (row == kSearchWords.end()) return false;
+  const SearchWord* row = find_row(kSearchWords, word);
+  if (row == nullptr) return false;
   editor.*row->field = row->value;
   if (row->cleared != nullptr) editor.*row->cleared = false;
   return true;
@@ -279,13 +288,14 @@ void set_versioning(Editor& e, const std::string& arg, bool verbose) {
 struct OtherSetting {
   std::string_view key;
   void (*run)(Editor&, const std::string& arg, bool verbose);
+  KeyForm form = KeyForm::alone;
 };
 
 constexpr auto kOtherSettings = std::to_array<OtherSetting>({
-    {"SET-COMMAND", set_command},
-    {"SET-CURSOR", set_cursor},
-    {"SET-ENTITY", set_entity},
-    {"SET-HELP", set_help},
+    {"SET-COMMAND", set_command, KeyForm::argument},
+    {"SET-CURSOR", set_cursor, KeyForm::argument},
+    {"SET-ENTITY", set_entity, KeyForm::argument},
+    {"SET-HELP", set_help, KeyForm::argument},
     {"SET-INSERT", set_overstrike<false>},
     {"SET-MODE-LINE", set_mode_line},
     {"SET-NONUMBERS", set_numbers<false>},
@@ -293,13 +303,13 @@ constexpr auto kOtherSettings = std::to_array<OtherSetting>({
     {"SET-NUMBERS", set_numbers<true>},
     {"SET-OVERSTRIKE", set_overstrike<true>},
     {"SET-OVERTYPE", set_overstrike<true>},
-    {"SET-PROMPT", set_prompt},
-    {"SET-RMS", set_rms},
-    {"SET-SEARCH", set_search_word},
-    {"SET-TERMINAL", set_terminal},
-    {"SET-TEXT", set_text},
-    {"SET-VERSIONING", set_versioning},
-    {"SET-WORD-DELIM", set_word_delimiter},
+    {"SET-PROMPT", set_prompt, KeyForm::argument},
+    {"SET-RMS", set_rms, KeyForm::argument},
+    {"SET-SEARCH", set_search_word, KeyForm::argument},
+    {"SET-TERMINAL", set_terminal, KeyForm::argument},
+    {"SET-TEXT", set_text, KeyForm::argument},
+    {"SET-VERSIONING", set_versioning, KeyForm::argument},
+    {"SET-WORD-DELIM", set_word_delimiter, KeyForm::unspelled},
     {"SHOW-COMMAND", show_command},
     {"SHOW-CURSOR", show_cursor},
     {"SHOW-ENTITY", show_entity},
@@ -315,26 +325,47 @@ constexpr auto kOtherSettings = std::to_array<OtherSetting>({
     {"SHOW-VERSIONING", show_versioning},
 });
 
+static_assert(std::ranges::is_sorted(kOtherSettings, {}, &OtherSetting::key));
+
+const OtherSetting* find_other(std::string_view key) {
+  const auto row = std::ranges::lower_bound(kOtherSettings, key, {}, &OtherSetting::key);
+  return row != kOtherSettings.end() && row->key == key ? &*row : nullptr;
+}
+
 // ---- the shapes; each says whether the key was one of its rows
 
+// A key, taken apart at its first dash.
+struct Verb {
+  bool set;
+  std::string_view name;
+};
+
+std::optional<Verb> take_apart(std::string_view key) {
+  if (key.starts_with("SET-")) return Verb{true, key.substr(4)};
+  if (key.starts_with("SHOW-")) return Verb{false, key.substr(5)};
+  return std::nullopt;
+}
+
+const OnOffSetting* find_on_off(bool set, std::string_view name) {
+  const OnOffSetting* row = find_row(kOnOffSettings, name);
+  return row == nullptr && set && name.starts_with("NO") ? find_row(kOnOffSettings, name.substr(2)) : row;
+}
+
+bool is_search_word(std::string_view name) {
+  return name.starts_with("SEARCH-") && find_row(kSearchWords, name.substr(7)) != nullptr;
+}
+
 bool run_on_off(Editor& e, bool set, std::string_view name, bool verbose) {
-  for (const auto& row : kOnOffSettings) {
-    if (set && (name == row.name || (name.starts_with("NO") && name.substr(2) == row.name))) {
-      e.*row.field = name == row.name;
-      e.say(verbose, row.label, " ", on_off(e.*row.field), "\n");
-      return true;
-    }
-    if (!set && name == row.name) {
-      e.say(verbose, row.label, ": ", on_off(e.*row.field), "\n");
-      return true;
-    }
-  }
-  return false;
+  const OnOffSetting* row = find_on_off(set, name);
+  if (row == nullptr) return false;
+  if (set) e.*row->field = name == row->name;
+  e.say(verbose, row->label, set ? " " : ": ", on_off(e.*row->field), "\n");
+  return true;
 }
 
 bool run_number(Editor& e, bool set, std::string_view name, const std::string& arg, bool verbose) {
-  const auto row = std::ranges::find(kNumberSettings, name, &NumberSetting::name);
-  if (row == kNumberSettings.end()) return false;
+  const NumberSetting* row = find_row(kNumberSettings, name);
+  if (row == nullptr) return false;
   int& value = e.*row->field;
   if (set) value = std::max(0, zan::parse_int_prefix(arg).value_or(row->fallback));
   e.say(verbose, row->label, ": ", std::to_string(value), !set && value == 0 ? row->zero_remark : "", "\n");
@@ -342,8 +373,8 @@ bool run_number(Editor& e, bool set, std::string_view name, const std::string& a
 }
 
 bool run_choice(Editor& e, bool set, std::string_view name, const std::string& arg, bool verbose) {
-  const auto row = std::ranges::find(kChoiceSettings, name, &ChoiceSetting::name);
-  if (row == kChoiceSettings.end()) return false;
+  const ChoiceSetting* row = find_row(kChoiceSettings, name);
+  if (row == nullptr) return false;
   bool show = true;
   if (set) {
     const std::string word = Editor::upper(arg);
@@ -359,24 +390,33 @@ bool run_choice(Editor& e, bool set, std::string_view name, const std::string& a
 }
 
 bool run_other(Editor& e, std::string_view key, const std::string& arg, bool verbose) {
-  const auto row = std::ranges::lower_bound(kOtherSettings, key, {}, &OtherSetting::key);
-  if (row == kOtherSettings.end() || row->key != key) return false;
+  const OtherSetting* row = find_other(key);
+  if (row == nullptr) return false;
   row->run(e, arg, verbose);
   return true;
 }
 
 } // namespace
 
-static_assert(std::ranges::is_sorted(kOtherSettings, {}, &OtherSetting::key));
+zan::KeyForm Editor::setting_form(std::string_view key) {
+  const auto verb = take_apart(key);
+  if (!verb) return KeyForm::unspelled;
+  const auto [set, name] = *verb;
+  if (find_on_off(set, name) != nullptr || (set && is_search_word(name))) return KeyForm::alone;
+  if (find_row(kNumberSettings, name) != nullptr || find_row(kChoiceSettings, name) != nullptr)
+    return set ? KeyForm::argument : KeyForm::alone;
+  const OtherSetting* row = find_other(key);
+  return row != nullptr ? row->form : KeyForm::unspelled;
+}
 
 std::optional<Editor::CommandResult> Editor::run_setting(const ParsedCommand& command, bool verbose) {
-  const std::string_view key = command.key;
-  const bool set = key.starts_with("SET-");
-  if (!set && !key.starts_with("SHOW-")) return std::nullopt;
-  const std::string_view name = key.substr(set ? 4 : 5);
+  const auto verb = take_apart(command.key);
+  if (!verb) return std::nullopt;
+  const auto [set, name] = *verb;
   const std::string& arg = command.arg;
   const bool done = run_on_off(*this, set, name, verbose) || run_number(*this, set, name, arg, verbose) ||
-                    run_choice(*this, set, name, arg, verbose) || run_other(*this, key, arg, verbose) ||
+                    run_choice(*this, set, name, arg, verbose) ||
+                    run_other(*this, command.key, arg, verbose) ||
                     (set && name.starts_with("SEARCH-") && set_search(*this, name.substr(7)));
   return done ? std::optional(CommandResult::Continue) : std::nullopt;
 }
