@@ -68,7 +68,7 @@ def show_words():
 
 
 def commands():
-    return [key.replace("-", " ") for key in keys_of_commands() if key != "GOTO-LINE"] + ["UNDO", "REDO"] + forms()
+    return [key.replace("-", " ") for key in keys_of_commands() if key != "GOTO-LINE"] + forms()
 
 
 def is_setting(name):

@@ -18,9 +18,11 @@ struct Command {
   Result (*run)(Editor&, const Parsed&, bool verbose);
   bool changes = false;          // refused when read-only, and preceded by an undo snapshot
   KeyForm form = KeyForm::alone; // of a key of several words
+  bool after_macros = false;     // a macro of the key's name runs in its place
 };
 
 constexpr bool kChanges = true;
+constexpr bool kAfterMacros = true;
 
 // The action of a row that is one member: with whatever of argument, qualifiers and verbose it takes.
 template <auto Member> Result member(Editor& editor, const Parsed& command, bool verbose) {
@@ -94,7 +96,7 @@ constexpr auto kCommands = [] {
       {"COPY", copy_or_move<false>, kChanges},
       {"CUT", member<&Editor::cut_select>, kChanges},
       {"DATE", member<&Editor::date_command>, kChanges},
-      {"DEFINE-KEY", member<&Editor::define_key_command>, kChanges, KeyForm::argument},
+      {"DEFINE-KEY", member<&Editor::define_key_command>, kChanges, KeyForm::argument, kAfterMacros},
       {"DEFINE-MACRO", member<&Editor::define_macro_command>, kChanges, KeyForm::argument},
       {"DEL-C", member<&Editor::delete_char_at_cursor>, kChanges},
       {"DEL-EOL", member<&Editor::delete_eol>, kChanges},
@@ -117,6 +119,7 @@ constexpr auto kCommands = [] {
       {"PRINT", member<&Editor::print_command>},
       {"QUIT", give<Result::Quit>},
       {"RANGE", member<&Editor::range_command>},
+      {"REDO", member<&Editor::redo_last>},
       {"REPLACE", member<&Editor::replace_select_with_paste>, kChanges},
       {"RESEQUENCE", member<&Editor::resequence_command>, kChanges},
       {"RESET", member<&Editor::reset_state>},
@@ -137,6 +140,7 @@ constexpr auto kCommands = [] {
       {"UND-C", member<&Editor::undelete_char>, kChanges},
       {"UND-L", member<&Editor::undelete_line>, kChanges},
       {"UND-W", member<&Editor::undelete_word>, kChanges},
+      {"UNDO", member<&Editor::undo_last>}, // of the history itself: no snapshot, allowed when read-only
       {"WRITE", member<&Editor::write_command>, kChanges},
       {"XLATE", member<&Editor::xlate_command>, kChanges},
   });
@@ -157,11 +161,6 @@ Editor::CommandResult Editor::dispatch_command(const std::string& line, const Qu
   command.quals = quals;
   if (quals.notype) verbose = false;
   if (command.key.empty()) return CommandResult::Continue;
-  // Before the read-only test and without a snapshot: they work on the history itself.
-  if (command.key == "UNDO" || command.key == "REDO") {
-    command.key == "UNDO" ? undo_last(verbose) : redo_last(verbose);
-    return CommandResult::Continue;
-  }
   const Command* row = find_command_row(command.key);
   if (row != nullptr && row->changes) {
     if (read_only) {
@@ -170,9 +169,7 @@ Editor::CommandResult Editor::dispatch_command(const std::string& line, const Qu
     }
     begin_undo_unit();
   }
-  // DEFINE KEY is the one built-in key that a macro of its name can stand in front of.
-  const bool built_in = row != nullptr && command.key != "DEFINE-KEY";
-  if (built_in) return row->run(*this, command, verbose);
+  if (row != nullptr && !row->after_macros) return row->run(*this, command, verbose);
   if (const auto result = run_setting(command, verbose)) return *result;
   if (try_execute_macro(command.key, verbose)) return CommandResult::Continue;
   if (row != nullptr) return row->run(*this, command, verbose);
