@@ -136,7 +136,7 @@ class Editor : public EditorState {
   void insert_command(const std::string& arg, bool verbose);
   void find_command(const ParsedCommand& command, bool verbose);
   void find_next_command(bool verbose);
-  void type_current_line(bool brief, int width);
+  void type_current_line(bool brief = false, int width = 40);
   void type_range(const LineRange& range, bool brief, int width);
   void delete_range(const LineRange& range);
   void insert_multiline(bool verbose);

@@ -30,7 +30,7 @@ int Editor::line_mode() {
     if (!input_found && fnf) {
       say(true, "Input file does not exist\n", text_end, "\n");
     } else {
-      type_current_line(false, 40);
+      type_current_line();
     }
   }
   for (;;) {

@@ -9,7 +9,6 @@
 namespace {
 
 constexpr char kCtrlZ = 26;
-constexpr int kBriefWidth = 40;
 
 bool ends_insert(std::string_view line) {
   if (line == "^Z" || line == ".") return true;
@@ -94,7 +93,7 @@ Editor::CommandResult Editor::goto_line(const std::string& arg, bool verbose) {
     cursor_row = std::min(*number, current.line_count()) - 1;
     cursor_col = current.line_length(cursor_row);
   }
-  if (verbose) type_current_line(false, kBriefWidth);
+  if (verbose) type_current_line();
   return CommandResult::Continue;
 }
 
@@ -191,7 +190,7 @@ void Editor::find_command(const ParsedCommand& command, bool verbose) {
   find_next(direction);
   if (check_abort(verbose) || !verbose) return;
   if (!command.quals.brief) {
-    type_current_line(false, kBriefWidth);
+    type_current_line();
     return;
   }
   say(true, std::to_string(cursor_row + 1));
@@ -202,7 +201,7 @@ void Editor::find_command(const ParsedCommand& command, bool verbose) {
 void Editor::find_next_command(bool verbose) {
   const AbortGuard guard;
   find_next(direction);
-  if (!check_abort(verbose) && verbose) type_current_line(false, kBriefWidth);
+  if (!check_abort(verbose) && verbose) type_current_line();
 }
 
 void Editor::find_next(Direction way) {
@@ -260,7 +259,7 @@ void Editor::ring_bell() {
 
 void Editor::date_command(bool verbose) {
   paste_text(Text::from_text(current_date_string()));
-  if (verbose) type_current_line(false, kBriefWidth);
+  if (verbose) type_current_line();
 }
 
 std::string Editor::current_date_string() {

@@ -62,7 +62,7 @@ template <bool to_upper> Result change_case(Editor& editor, const Parsed& comman
 }
 
 Result type_current(Editor& editor, const Parsed&, bool verbose) {
-  if (verbose) editor.type_current_line(false, 40);
+  if (verbose) editor.type_current_line();
   return Result::Continue;
 }
 

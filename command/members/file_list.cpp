@@ -52,7 +52,7 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   clear_select();
   search_string.clear();
   say(verbose, input_file, "\n");
-  if (verbose) type_current_line(false, 40);
+  if (verbose) type_current_line();
   return CommandResult::Continue;
 }
 

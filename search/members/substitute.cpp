@@ -98,7 +98,7 @@ void Editor::substitute_one(const std::string& replacement, const Qualifiers& qu
     find_next(Direction::Advance);
   }
   status_message = "Substituted";
-  if (verbose) type_current_line(false, 40);
+  if (verbose) type_current_line();
 }
 
 // Up to `limit` occurrences from `start` on. With `wrap`, once more from the top while none has been
