@@ -110,7 +110,7 @@ void insert(Editor& editor, Input& input) {
 
 void turn_page(Editor& e) { e.direction == Editor::Direction::Backup ? e.page_up() : e.page_down(); }
 
-template <auto Member> void call(Editor& editor, Input&) { (editor.*Member)(); }
+template <auto Member> void once(Editor& editor, Input&) { (editor.*Member)(); }
 
 template <auto Member> void move_by(Editor& editor, Input& input) {
   move_repeatedly(editor, input, [](Editor& e) { (e.*Member)(e.direction); });
@@ -122,15 +122,15 @@ template <Editor::Direction direction> void turn(Editor& editor, Input&) { edito
 constexpr auto kWords = std::to_array<Word>({
     {{"EXIT", "EXT", "EX"}, nullptr},
     {{"CHNGCASE", "CHGC"}, change_case},
-    {{"RESET", "CLSS"}, call<&Editor::reset_state>},
+    {{"RESET", "CLSS"}, once<&Editor::reset_state>},
     {{"ADVANCE", "ADV"}, turn<Editor::Direction::Advance>},
     {{"BACKUP", "BACK"}, turn<Editor::Direction::Backup>},
-    {{"APPEND"}, call<&Editor::append_select>},
-    {{"PASTE"}, call<&Editor::paste>},
-    {{"SELECT", "SEL"}, call<&Editor::start_select>},
-    {{"BOTTOM"}, call<&Editor::go_bottom>},
-    {{"TOP"}, call<&Editor::go_top>},
-    {{"CUT"}, call<&Editor::cut_select>},
+    {{"APPEND"}, once<&Editor::append_select>},
+    {{"PASTE"}, once<&Editor::paste>},
+    {{"SELECT", "SEL"}, once<&Editor::start_select>},
+    {{"BOTTOM"}, once<&Editor::go_bottom>},
+    {{"TOP"}, once<&Editor::go_top>},
+    {{"CUT"}, once<&Editor::cut_select>},
     {{"PAGE", "V"}, [](Editor& e, Input& input) { move_repeatedly(e, input, turn_page); }},
     {{"EOL"}, [](Editor& e, Input&) { e.cursor_col = e.current.line_length(e.cursor_row); }},
     {{"BOL", "BL"}, [](Editor& e, Input&) { e.cursor_col = 0; }},
