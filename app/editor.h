@@ -115,13 +115,17 @@ class Editor : public EditorState {
   ParsedCommand parse_command(const std::string& line) const;
   static zan::KeyForm key_form(std::string_view key);     // of a command or setting
   static zan::KeyForm setting_form(std::string_view key); // of a setting
-  zan::LineContext line_context() const; // what line references count from
+  zan::LineContext line_context() const;                  // what line references count from
   std::optional<std::uint64_t> parse_line_ref(std::string_view text) const;
   std::optional<LineRange> parse_line_range(std::string_view text) const;
   static std::string strip_qualifiers_for_range(std::string_view text);
   void range_command(const std::string& arg, bool verbose);
   CommandResult dispatch_command(const std::string& line, const Qualifiers& quals, bool verbose);
-  // The range that `arg` names, else the cursor line; last clamped. A bad one is reported and gives nothing.
+  // The lines that `text` names: those of the current buffer, or of one that has no cursor here. What names
+  // none is reported and gives nothing.
+  std::optional<LineRange> named_range(std::string_view text, bool verbose,
+                                       const TextBuffer* other = nullptr);
+  // The same, or the cursor line for a blank text; last clamped.
   std::optional<LineRange> range_or_cursor_line(const std::string& arg, bool verbose);
 
   // ---- command/: SET, SHOW and HELP

@@ -9,31 +9,18 @@
 namespace zan {
 namespace {
 
-constexpr std::string_view kThru = " THRU ";
 constexpr std::size_t kNone = std::string_view::npos;
 
-// The two texts around a separator.
-struct Sides {
-  std::string_view left;
-  std::string_view right;
-};
-
-Sides cut(std::string_view text, std::size_t at, std::size_t width) {
-  return {text.substr(0, at), text.substr(at + width)};
-}
-
-// `upper_text` is the upper-cased `text`.
-std::optional<Sides> split_at_thru_or_colon(std::string_view text, std::string_view upper_text) {
-  if (const std::size_t at = upper_text.find(kThru); at != kNone) return cut(text, at, kThru.size());
-  if (const std::size_t at = text.find(':'); at != kNone) return cut(text, at, 1);
-  return std::nullopt;
+std::optional<Sides> split_at_thru_or_colon(std::string_view text) {
+  const auto sides = cut_at(text, " THRU ");
+  return sides ? sides : cut_at(text, ":");
 }
 
 // At the first "-" that has something on both sides, unless it is the sign of ".-n".
 std::optional<Sides> split_at_dash(std::string_view text) {
   const std::size_t at = text.find('-', 1);
   if (at == kNone || at + 1 == text.size() || trim(text.substr(0, at)) == ".") return std::nullopt;
-  return cut(text, at, 1);
+  return Sides{text.substr(0, at), text.substr(at + 1)};
 }
 
 std::optional<LineRange> ordered(std::optional<std::uint64_t> one, std::optional<std::uint64_t> other) {
@@ -81,9 +68,9 @@ std::optional<LineRange> parse_line_range(std::string_view text, const LineConte
   const std::string word = upper(range);
   if (word == "WHOLE" || word == "ALL") return LineRange{0, last};
   if (word == "REST") return LineRange{context.cursor_row, last};
-  auto sides = split_at_thru_or_colon(range, word);
+  auto sides = split_at_thru_or_colon(range);
   if (!sides) sides = split_at_dash(range);
-  if (sides) return ordered(parse_line_ref(sides->left, context), parse_line_ref(sides->right, context));
+  if (sides) return ordered(parse_line_ref(sides->before, context), parse_line_ref(sides->after, context));
   const auto line = parse_line_ref(range, context);
   return ordered(line, line);
 }
@@ -95,8 +82,8 @@ std::optional<LineRange> parse_number_range(std::string_view text, std::uint64_t
     if (line_count == 0) return std::nullopt;
     return LineRange{0, line_count - 1};
   }
-  const Sides sides = split_at_thru_or_colon(range, word).value_or(Sides{range, range});
-  return ordered(parse_line_number(sides.left, line_count), parse_line_number(sides.right, line_count));
+  const Sides sides = split_at_thru_or_colon(range).value_or(Sides{range, range});
+  return ordered(parse_line_number(sides.before, line_count), parse_line_number(sides.after, line_count));
 }
 
 std::string_view strip_qualifiers_for_range(std::string_view text) {

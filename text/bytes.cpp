@@ -41,6 +41,16 @@ std::string_view strip_optional_quotes(std::string_view text) {
   return quoted ? text.substr(1, text.size() - 2) : text;
 }
 
+std::string counted(std::uint64_t count, std::string_view noun) {
+  return std::to_string(count).append(" ").append(noun).append(count == 1 ? "" : "s");
+}
+
+std::optional<Sides> cut_at(std::string_view text, std::string_view separator) {
+  const std::size_t at = upper(text).find(separator);
+  if (at == std::string::npos) return std::nullopt;
+  return Sides{text.substr(0, at), text.substr(at + separator.size())};
+}
+
 bool all_digits(std::string_view text) { return !text.empty() && std::ranges::all_of(text, is_digit); }
 
 std::optional<std::uint64_t> parse_digits(std::string_view text) {

@@ -28,6 +28,16 @@ std::string lower(std::string_view text);
 bool starts_with_ci(std::string_view text, std::string_view prefix);
 // Without one pair of surrounding double quotes, when text has at least two bytes and both ends are quotes.
 std::string_view strip_optional_quotes(std::string_view text);
+std::string counted(std::uint64_t count, std::string_view noun); // "1 line", "2 lines"
+
+// What stands on the two sides of a separator.
+struct Sides {
+  std::string_view before;
+  std::string_view after;
+};
+// Around the first `separator`, which is in upper case, in any case of letters. Nothing when there is none.
+std::optional<Sides> cut_at(std::string_view text, std::string_view separator);
+
 bool all_digits(std::string_view text); // false for ""
 
 // The whole of `text` as a decimal number: digits only. Nothing for "", any other byte, or overflow.

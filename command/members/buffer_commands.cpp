@@ -3,27 +3,15 @@
 #include "text/bytes.h"
 #include "text/load_file.h"
 
-namespace {
-
-std::string counted_lines(std::uint64_t count) {
-  return std::to_string(count) + (count == 1 ? " line" : " lines");
-}
-
-} // namespace
-
 void Editor::copy_move_command(const std::string& arg, bool move, bool verbose) {
-  const std::size_t to = upper(arg).find(" TO ");
-  if (to == std::string::npos) {
+  const auto sides = zan::cut_at(arg, " TO ");
+  if (!sides) {
     say(verbose, "?Syntax: ", move ? "MOVE" : "COPY", " range TO =buffer\n");
     return;
   }
-  const std::string range_text = trim(std::string_view(arg).substr(0, to));
-  const auto range = parse_line_range(range_text);
-  if (!range) {
-    say(verbose, "?Invalid range: ", range_text, "\n");
-    return;
-  }
-  const std::string name = normalize_buffer_name(std::string_view(arg).substr(to + 4));
+  const auto range = named_range(zan::trim(sides->before), verbose);
+  if (!range) return;
+  const std::string name = normalize_buffer_name(sides->after);
   if (name.empty()) {
     say(verbose, "?Missing destination buffer\n");
     return;
@@ -35,8 +23,8 @@ void Editor::copy_move_command(const std::string& arg, bool move, bool verbose) 
   if (name == current_buffer_name) current = destination;
   // The copies stand after the range, whose numbers are still right.
   if (move) delete_range(*range);
-  say(verbose, counted_lines(lines ? lines->line_count() : 0), move ? " moved" : " copied", " to =", name,
-      "\n");
+  say(verbose, zan::counted(lines ? lines->line_count() : 0, "line"), move ? " moved" : " copied",
+      " to =", name, "\n");
 }
 
 void Editor::clear_buffer_command(const std::string& arg, bool verbose) {
@@ -97,5 +85,5 @@ void Editor::retain_command(const std::string& arg, bool verbose) {
   buffer.clear();
   if (lines) buffer.append_lines(*lines);
   if (name == current_buffer_name) current = buffer;
-  say(verbose, counted_lines(lines ? lines->line_count() : 0), " retained in =", name, "\n");
+  say(verbose, zan::counted(lines ? lines->line_count() : 0, "line"), " retained in =", name, "\n");
 }

@@ -118,11 +118,7 @@ void Editor::type_command(const ParsedCommand& command, bool verbose) {
   const bool brief = command.quals.brief;
   const int width = command.quals.brief_width;
   if (!zan::trim(command.arg).empty()) {
-    if (const auto range = parse_line_range(command.arg)) {
-      type_range(*range, brief, width);
-    } else {
-      say(true, "?Invalid range: ", command.arg, "\n");
-    }
+    if (const auto range = named_range(command.arg, verbose)) type_range(*range, brief, width);
   } else if (sticky_range) {
     type_range(*sticky_range, brief, width);
   } else {
@@ -136,11 +132,8 @@ void Editor::type_command(const ParsedCommand& command, bool verbose) {
 Editor::CommandResult Editor::delete_command(const std::string& arg, bool verbose) {
   LineRange range = sticky_range.value_or(LineRange{cursor_row, cursor_row});
   if (!zan::trim(arg).empty()) {
-    const auto named = parse_line_range(arg);
-    if (!named) {
-      say(verbose, "?Invalid range: ", arg, "\n");
-      return CommandResult::Error;
-    }
+    const auto named = named_range(arg, verbose);
+    if (!named) return CommandResult::Error;
     range = *named;
   }
   delete_range(range);
@@ -281,14 +274,19 @@ void Editor::show_files(bool verbose) {
 
 // ---- ranges
 
+std::optional<Editor::LineRange> Editor::named_range(std::string_view text, bool verbose,
+                                                     const TextBuffer* other) {
+  const auto range =
+      other == nullptr ? parse_line_range(text) : zan::parse_number_range(text, other->line_count());
+  if (!range) say(verbose, "?Invalid range: ", text, "\n");
+  return range;
+}
+
 std::optional<Editor::LineRange> Editor::range_or_cursor_line(const std::string& arg, bool verbose) {
   LineRange range{cursor_row, cursor_row};
   if (!zan::trim(arg).empty()) {
-    const auto named = parse_line_range(arg);
-    if (!named) {
-      say(verbose, "?Invalid range: ", arg, "\n");
-      return std::nullopt;
-    }
+    const auto named = named_range(arg, verbose);
+    if (!named) return std::nullopt;
     range = *named;
   }
   range.last = std::min(range.last, current.line_count() - 1);
@@ -302,11 +300,8 @@ void Editor::range_command(const std::string& arg, bool verbose) {
     return;
   }
   if (!text.empty()) {
-    const auto range = parse_line_range(text);
-    if (!range) {
-      say(verbose, "?Invalid range: ", text, "\n");
-      return;
-    }
+    const auto range = named_range(text, verbose);
+    if (!range) return;
     sticky_range = range;
   }
   say(verbose, "Range: ", std::to_string(sticky_range->first + 1), " THRU ",

@@ -8,10 +8,6 @@
 
 namespace {
 
-std::string counted_commands(std::uint64_t count) {
-  return std::to_string(count) + (count == 1 ? " command" : " commands");
-}
-
 bool ends_definition(std::string_view line) {
   const std::string word = zan::upper(zan::trim(line));
   return word.empty() || word == "END DEFINE" || word == "END";
@@ -35,18 +31,15 @@ void Editor::define_macro_command(const std::string& arg, bool verbose) {
     say(verbose, "?DEFINE MACRO syntax: DEFINE MACRO name AS \"command; command\"\n");
     return;
   }
-  const std::size_t as = upper(text).find(" AS ");
-  const std::string name = normalize_buffer_name(std::string_view(text).substr(0, as));
+  const auto sides = zan::cut_at(text, " AS ");
+  const std::string name = normalize_buffer_name(sides ? sides->before : text);
   if (name.empty() || name == "MAIN" || name == "PASTE") {
     say(verbose, "?Invalid macro name\n");
     return;
   }
-  std::vector<std::string> commands;
-  if (as == std::string::npos) {
-    commands = read_macro_lines(name, verbose);
-  } else {
-    commands = split_macro_commands(strip_optional_quotes(zan::trim(std::string_view(text).substr(as + 4))));
-  }
+  const std::vector<std::string> commands =
+      sides ? split_macro_commands(strip_optional_quotes(zan::trim(sides->after)))
+            : read_macro_lines(name, verbose);
   if (commands.empty()) {
     say(verbose, "?Macro has no commands\n");
     return;
@@ -57,7 +50,7 @@ void Editor::define_macro_command(const std::string& arg, bool verbose) {
   buffer.set_text(join_lines_as_text(commands));
   if (name == current_buffer_name) current = buffer;
   macros[name] = true;
-  say(verbose, "macro ", name, " defined with ", counted_commands(commands.size()), "\n");
+  say(verbose, "macro ", name, " defined with ", zan::counted(commands.size(), "command"), "\n");
 }
 
 // The lines typed for a macro, up to END or a blank one.
@@ -81,7 +74,7 @@ void Editor::show_macros(const std::string& arg, bool verbose) {
     const TextBuffer* buffer = buffers.find(name);
     if (buffer == nullptr || (!wanted.empty() && name != wanted)) continue;
     shown = true;
-    say(true, "MACRO ", name, " (", counted_commands(buffer->line_count()), ")\n");
+    say(true, "MACRO ", name, " (", zan::counted(buffer->line_count(), "command"), ")\n");
     zan::LineWalker walker(buffer->lines(), 0);
     std::uint64_t number = 0;
     for (std::string_view line; walker.next(line);)

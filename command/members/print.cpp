@@ -109,11 +109,8 @@ void Editor::print_command(const std::string& arg, bool verbose) {
   const std::string range_text = trim(arg);
   LineRange range{0, current.line_count() - 1};
   if (!range_text.empty()) {
-    const auto named = parse_line_range(range_text);
-    if (!named) {
-      say(verbose, "?Invalid range: ", range_text, "\n");
-      return;
-    }
+    const auto named = named_range(range_text, verbose);
+    if (!named) return;
     range = *named;
   }
   const auto lines = current.lines_in_range(range.first, range.last);

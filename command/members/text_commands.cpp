@@ -65,9 +65,8 @@ int sequence_number(int start, int step, std::uint64_t index) {
                           static_cast<std::uint32_t>(index) * static_cast<std::uint32_t>(step));
 }
 
-std::string many(std::uint64_t count, const char* noun, bool plural) {
-  return std::to_string(count) + " " + noun + (plural ? "s" : "");
-}
+// The lines of a range: the plural begins at two here.
+std::string counted_lines(std::uint64_t count) { return count == 0 ? "0 line" : zan::counted(count, "line"); }
 
 std::uint64_t fill_width(const EditorState& editor) {
   if (editor.screen_width >= 1) return static_cast<std::uint64_t>(editor.screen_width);
@@ -129,7 +128,7 @@ void Editor::tab_adjust_command(const std::string& arg, bool verbose) {
     return put_blank_indent(line, width, out);
   });
   const std::uint64_t count = range->last + 1 - std::min(range->first, range->last + 1);
-  say(verbose, "Tab adjust ", many(count, "line", count > 1), "\n");
+  say(verbose, "Tab adjust ", counted_lines(count), "\n");
 }
 
 void Editor::resequence_command(const std::string&, const Qualifiers& quals, bool verbose) {
@@ -175,7 +174,7 @@ void Editor::xlate_command(const std::string& arg, bool verbose) {
     out.append_bytes(edited);
     return found > 0 && from != to;
   });
-  say(verbose, many(count, "character", count != 1), " translated\n");
+  say(verbose, zan::counted(count, "character"), " translated\n");
 }
 
 void Editor::chg_case_command(const std::string& arg, bool to_upper, bool verbose) {
@@ -193,5 +192,5 @@ void Editor::chg_case_command(const std::string& arg, bool to_upper, bool verbos
       current.transform_span({range->first, 0}, {range->last, current.line_length(range->last)}, change);
     count = range->last + 1 - std::min(range->first, range->last + 1);
   }
-  say(verbose, many(count, "line", count > 1), " converted to ", to_upper ? "upper" : "lower", "case\n");
+  say(verbose, counted_lines(count), " converted to ", to_upper ? "upper" : "lower", "case\n");
 }

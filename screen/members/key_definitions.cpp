@@ -23,13 +23,13 @@ constexpr auto kKeyNames = std::to_array<KeyName>({
 
 void Editor::define_key_command(const std::string& arg, bool verbose) {
   const std::string text = trim(arg);
-  const std::size_t as = upper(text).find(" AS ");
-  if (as == std::string::npos) {
+  const auto sides = zan::cut_at(text, " AS ");
+  if (!sides) {
     say(verbose, "?DEFINE KEY syntax: DEFINE KEY [GOLD] key AS \"command\"\n");
     return;
   }
-  const std::string key_text = trim(std::string_view(text).substr(0, as));
-  const std::string command = strip_optional_quotes(zan::trim(std::string_view(text).substr(as + 4)));
+  const std::string key_text = trim(sides->before);
+  const std::string command = strip_optional_quotes(zan::trim(sides->after));
   const std::string identifier = normalize_key_spec(key_text);
   if (identifier.empty()) {
     say(verbose, "?Invalid key specification\n");

@@ -109,7 +109,7 @@ void Editor::substitute_many(zan::Position start, std::uint64_t limit, bool wrap
   const std::uint64_t count = query && verbose ? substitute_asking(start, limit, wraps, replacement)
                                                : substitute_at_once(start, limit, wraps, replacement);
   check_abort(verbose);
-  status_message = std::to_string(count) + (count == 1 ? " substitution" : " substitutions");
+  status_message = zan::counted(count, "substitution");
   say(verbose, status_message, "\n");
 }
 

@@ -53,9 +53,7 @@ void Editor::append_paste_text(const Text& text) {
 
 void Editor::show_buffers(bool verbose) {
   save_current_buffer_state();
-  for (const auto& [name, buffer] : buffers.entries()) {
-    const std::uint64_t count = buffer.line_count();
-    say(verbose, name == current_buffer_name ? "= " : "  ", name, " ", std::to_string(count),
-        count == 1 ? " line" : " lines", buffer.modified() ? " *" : "", "\n");
-  }
+  for (const auto& [name, buffer] : buffers.entries())
+    say(verbose, name == current_buffer_name ? "= " : "  ", name, " ",
+        zan::counted(buffer.line_count(), "line"), buffer.modified() ? " *" : "", "\n");
 }
