@@ -2,31 +2,14 @@
 
 #include <cstdlib>
 
+#include "command/write_arguments.h"
 #include "files/output_file.h"
 #include "files/records.h"
 #include "files/rescue_copy.h"
 #include "files/stat.h"
 #include "files/version_name.h"
-#include "text/bytes.h"
 
 namespace {
-
-// Takes "BUFFER name" out of the range text of WRITE. "": there is none.
-std::string take_buffer_name(std::string& range_text) {
-  constexpr std::string_view kWord = "BUFFER ";
-  const std::size_t at = zan::upper(range_text).find(kWord);
-  if (at == std::string::npos) return "";
-  const std::string_view whole = range_text;
-  const std::string_view before = zan::trim(whole.substr(0, at));
-  std::string_view after = whole.substr(at + kWord.size());
-  std::string name(zan::take_word(after));
-  after = zan::trim(after);
-  std::string rest(before);
-  if (!before.empty() && !after.empty()) rest += ' ';
-  rest += after;
-  range_text = std::move(rest);
-  return name;
-}
 
 zan::RowStretch stretch_of(const Editor::LineRange& range) {
   return {range.first, range.last >= range.first ? range.last - range.first + 1 : 0};
@@ -49,28 +32,22 @@ zan::LineStore rows_of(const zan::LineStore& text, const zan::RowStretch& rows) 
 } // namespace
 
 void Editor::write_command(const std::string& arg, bool verbose) {
-  std::string_view rest = arg;
-  const std::string name = strip_optional_quotes(zan::take_word(rest));
-  std::string range_text(zan::trim(rest));
-  if (name.empty()) {
+  const zan::WriteArguments wanted = zan::parse_write_arguments(arg);
+  if (wanted.file.empty()) {
     say(verbose, "?WRITE requires a file name\n");
     return;
   }
-  const std::string buffer_name = take_buffer_name(range_text);
-  if (!buffer_name.empty()) save_current_buffer_state();
-  TextBuffer& source = buffer_name.empty() ? current : named_buffer(buffer_name);
+  const bool other = !wanted.buffer.empty();
+  if (other) save_current_buffer_state();
+  TextBuffer& source = other ? named_buffer(wanted.buffer) : current;
   std::optional<LineRange> range;
-  if (!range_text.empty()) {
-    range = buffer_name.empty() ? parse_line_range(range_text)
-                                : zan::parse_number_range(range_text, source.line_count());
-    if (!range) {
-      say(verbose, "?Invalid range: ", range_text, "\n");
-      return;
-    }
-  } else if (buffer_name.empty()) {
+  if (!wanted.range.empty()) {
+    range = named_range(wanted.range, verbose, other ? &source : nullptr);
+    if (!range) return;
+  } else if (!other) {
     range = sticky_range;
   }
-  std::string path = resolve_write_path(name);
+  std::string path = resolve_write_path(wanted.file);
   const AbortGuard guard;
   const bool written = range ? write_lines_file(path, source.lines(), stretch_of(*range))
                              : save_buffer_to_path(source, path, verbose);
