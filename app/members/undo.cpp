@@ -54,8 +54,18 @@ bool Editor::redo_last(bool verbose) {
 // The registry is shared, not brought up to date first: `buffer` holds the current buffer's text, and whoever
 // reads its registry entry saves it before. So a snapshot costs the same for any number and size of buffers.
 Editor::UndoSnapshot Editor::capture_snapshot() {
-  return {current,   buffers,       current_buffer_name, cursor_row,   cursor_col,   top_row,
-          direction, search_string, deleted_char,        deleted_line, deleted_word, overstrike};
+  return {.buffer = current,
+          .buffers = buffers,
+          .buffer_name = current_buffer_name,
+          .row = cursor_row,
+          .col = cursor_col,
+          .top = top_row,
+          .direction = direction,
+          .search = search_string,
+          .deleted_char = deleted_char,
+          .deleted_line = deleted_line,
+          .deleted_word = deleted_word,
+          .overstrike = overstrike};
 }
 
 void Editor::restore_snapshot(UndoSnapshot snapshot) {
