@@ -13,7 +13,8 @@ using zan::Position;
 
 namespace {
 
-constexpr std::size_t kCacheful = 64 * 1024; // bytes that are looked at several times while they are near
+constexpr std::size_t kCacheful = 64 * 1024;     // bytes that are looked at several times while they are near
+constexpr std::uint64_t kAnyColumn = UINT64_MAX; // beyond every column
 
 // The lines of `text` without one carriage return at each line's end.
 LineStore without_returns(const LineStore& text) {
@@ -101,8 +102,7 @@ void TextBuffer::insert_char(std::uint64_t row, std::uint64_t col, char c) {
   const std::uint64_t begin = lines_.line_start(row);
   col = std::min(col, lines_.line_end(row) - begin);
   lines_.insert_bytes(begin + col, std::string_view(&c, 1));
-  if (has_mark_ && mark_row_ == row && mark_col_ >= col) ++mark_col_;
-  modified_ = true;
+  after_edit({.begin = {row, col}, .end = {row, col}, .end_now = {row, col + 1}});
 }
 
 void TextBuffer::split_line(std::uint64_t row, std::uint64_t col) {
@@ -111,23 +111,19 @@ void TextBuffer::split_line(std::uint64_t row, std::uint64_t col) {
 
 void TextBuffer::split_line_at(std::uint64_t row, std::span<const std::uint64_t> columns) {
   if (columns.empty()) return;
-  const std::uint64_t begin = lines_.line_start(row);
+  const std::uint64_t line_start = lines_.line_start(row);
   LineStoreBuilder builder;
   std::uint64_t copied = 0;
   for (const std::uint64_t column : columns) {
-    builder.append(lines_, copied, begin + column);
+    builder.append(lines_, copied, line_start + column);
     builder.append_break();
-    copied = begin + column;
+    copied = line_start + column;
   }
   builder.append(lines_, copied, lines_.byte_count());
   lines_ = builder.finish();
-  modified_ = true;
-  if (!has_mark_ || mark_row_ < row) return;
-  const std::uint64_t mark_col = mark_row_ == row ? mark_col_ : UINT64_MAX;
-  const auto before =
-      static_cast<std::uint64_t>(std::ranges::upper_bound(columns, mark_col) - columns.begin());
-  if (mark_row_ == row && before > 0) mark_col_ -= columns[before - 1];
-  mark_row_ += before;
+  // From the right, so that the splits still to come keep their columns.
+  for (auto column = columns.rbegin(); column != columns.rend(); ++column)
+    after_edit({.begin = {row, *column}, .end = {row, *column}, .end_now = {row + 1, 0}});
 }
 
 char TextBuffer::backspace(std::uint64_t& row, std::uint64_t& col) {
@@ -143,8 +139,7 @@ char TextBuffer::backspace(std::uint64_t& row, std::uint64_t& col) {
   --col;
   const char removed = lines_.byte_at(begin + col);
   lines_.erase(begin + col, begin + col + 1);
-  mark_on_erase_chars(row, col, 1);
-  modified_ = true;
+  after_erase({row, col}, {row, col + 1});
   return removed;
 }
 
@@ -154,8 +149,7 @@ char TextBuffer::delete_at(std::uint64_t row, std::uint64_t col) {
   if (col < lines_.line_end(row) - begin) {
     const char removed = lines_.byte_at(begin + col);
     lines_.erase(begin + col, begin + col + 1);
-    mark_on_erase_chars(row, col, 1);
-    modified_ = true;
+    after_erase({row, col}, {row, col + 1});
     return removed;
   }
   if (row + 1 >= line_count()) return 0;
@@ -169,8 +163,7 @@ LineStore TextBuffer::delete_to_eol(std::uint64_t row, std::uint64_t col) {
   const std::uint64_t end = lines_.line_end(row);
   LineStore removed = lines_.substore(begin, end);
   lines_.erase(begin, end);
-  if (has_mark_ && mark_row_ == row) mark_col_ = std::min(mark_col_, line_length(row));
-  modified_ = true;
+  after_erase({row, line_length(row)}, {row, kAnyColumn});
   return removed;
 }
 
@@ -180,9 +173,8 @@ LineStore TextBuffer::delete_to_bol(std::uint64_t row, std::uint64_t& col) {
   const std::uint64_t end = lines_.offset_of({row, col});
   LineStore removed = lines_.substore(begin, end);
   lines_.erase(begin, end);
-  mark_on_erase_chars(row, 0, end - begin);
+  after_erase({row, 0}, {row, end - begin});
   col = 0;
-  modified_ = true;
   return removed;
 }
 
@@ -196,8 +188,7 @@ LineStore TextBuffer::delete_word_forward(std::uint64_t row, std::uint64_t& col,
   const std::uint64_t end = zan::scan_forward(lines_, word, line_end, set, true);
   LineStore removed = lines_.substore(begin, end);
   lines_.erase(begin, end);
-  mark_on_erase_chars(row, col, end - begin);
-  modified_ = true;
+  after_erase({row, col}, {row, col + (end - begin)});
   return removed;
 }
 
@@ -219,8 +210,7 @@ LineStore TextBuffer::delete_word_backward(std::uint64_t& row, std::uint64_t& co
   col = begin - line_begin;
   LineStore removed = lines_.substore(begin, end);
   lines_.erase(begin, end);
-  mark_on_erase_chars(row, col, end - begin);
-  modified_ = true;
+  after_erase({row, col}, {row, col + (end - begin)});
   return removed;
 }
 
@@ -230,12 +220,15 @@ void TextBuffer::insert_text(std::uint64_t& row, std::uint64_t& col, const LineS
   ensure_row(row);
   const std::uint64_t clamped = std::min(col, line_length(row));
   lines_.insert(lines_.offset_of({row, clamped}), lines);
-  mark_on_insert({row, clamped}, lines);
-  const std::uint64_t last = lines.line_count() - 1;
-  // A column beyond the line's end stays as far beyond it: only the bytes were put at the end.
-  col = last == 0 ? col + lines.byte_count() : lines.line_length(last);
-  row += last;
-  modified_ = true;
+  const Position at{row, clamped};
+  const std::uint64_t breaks = lines.line_count() - 1;
+  const std::uint64_t last_length = lines.line_length(breaks);
+  const Position end =
+      breaks == 0 ? Position{row, clamped + last_length} : Position{row + breaks, last_length};
+  after_edit({.begin = at, .end = at, .end_now = end});
+  // A column beyond the line's end stays as far beyond it.
+  col = breaks == 0 ? col + last_length : last_length;
+  row = end.row;
 }
 
 void TextBuffer::replace_in_line(std::uint64_t row, std::uint64_t col, std::uint64_t length,
@@ -281,10 +274,9 @@ LineStore TextBuffer::delete_span(std::uint64_t r1, std::uint64_t c1, std::uint6
   r2 = std::min(r2, line_count() - 1);
   const Position start{r1, std::min(c1, line_length(r1))};
   const Position end{r2, std::min(c2, line_length(r2))};
-  mark_on_delete_span(start, end);
   lines_.erase(lines_.offset_of(start), lines_.offset_of(end));
+  after_erase(start, end);
   clamp_mark();
-  modified_ = true;
   return removed;
 }
 
@@ -301,14 +293,8 @@ LineStore TextBuffer::delete_range(std::uint64_t first, std::uint64_t last) {
   } else {
     lines_.erase(begin, lines_.line_start(last + 1));
   }
-  if (has_mark_ && mark_row_ > last) {
-    mark_row_ -= last - first + 1;
-  } else if (has_mark_ && mark_row_ >= first) {
-    mark_row_ = first;
-    mark_col_ = 0;
-  }
+  after_erase({first, 0}, {last + 1, 0});
   clamp_mark();
-  modified_ = true;
   return removed;
 }
 
@@ -326,9 +312,9 @@ void TextBuffer::append_lines(const LineStore& lines) {
 }
 
 void TextBuffer::insert_lines(std::uint64_t at, const LineStore& lines) {
-  modified_ = true;
   if (lines_.empty()) {
     lines_ = lines;
+    modified_ = true;
     return;
   }
   at = std::min(at, line_count());
@@ -340,80 +326,42 @@ void TextBuffer::insert_lines(std::uint64_t at, const LineStore& lines) {
     lines_.insert_text(begin, "\n");
     lines_.insert(begin, lines);
   }
-  if (has_mark_ && mark_row_ >= at) mark_row_ += lines.line_count();
+  after_edit({.begin = {at, 0}, .end = {at, 0}, .end_now = {at + lines.line_count(), 0}});
 }
 
 // ---- the mark
 
 void TextBuffer::set_mark(std::uint64_t row, std::uint64_t col) {
-  has_mark_ = true;
-  mark_row_ = row;
-  mark_col_ = col;
+  mark_ = Position{row, col};
   clamp_mark();
 }
 
-void TextBuffer::clear_mark() {
-  has_mark_ = false;
-  mark_row_ = 0;
-  mark_col_ = 0;
-}
+void TextBuffer::clear_mark() { mark_.reset(); }
 
 void TextBuffer::clamp_mark() {
-  if (!has_mark_) return;
-  if (mark_row_ >= line_count()) {
-    mark_row_ = line_count() - 1;
-    mark_col_ = line_length(mark_row_);
-  }
-  mark_col_ = std::min(mark_col_, line_length(mark_row_));
+  if (mark_) mark_ = lines_.position_of(lines_.offset_of(*mark_));
 }
 
-// The mark stays on the byte it stands on: text put in at or before it pushes it along.
-void TextBuffer::mark_on_insert(Position at, const LineStore& text) {
-  if (!has_mark_ || mark_row_ < at.row) return;
-  const std::uint64_t breaks = text.line_count() - 1;
-  if (mark_row_ == at.row) {
-    if (mark_col_ < at.col) return;
-    if (breaks > 0) mark_col_ -= at.col;
-    mark_col_ += text.line_length(breaks);
-  }
-  mark_row_ += breaks;
+Position TextBuffer::moved(Position at, const Edit& edit) {
+  if (at < edit.begin) return at;
+  if (at < edit.end) return edit.end_now;
+  if (at.row == edit.end.row) return {edit.end_now.row, edit.end_now.col + (at.col - edit.end.col)};
+  return {edit.end_now.row + (at.row - edit.end.row), at.col};
 }
 
-void TextBuffer::mark_on_erase_chars(std::uint64_t row, std::uint64_t col, std::uint64_t count) {
-  if (!has_mark_ || mark_row_ != row) return;
-  if (mark_col_ >= col + count) {
-    mark_col_ -= count;
-  } else {
-    mark_col_ = std::min(mark_col_, col);
-  }
+void TextBuffer::after_edit(const Edit& edit) {
+  if (mark_) mark_ = moved(*mark_, edit);
+  modified_ = true;
 }
 
-// After line row + 1 was appended to line `row`, whose length was `length`.
-void TextBuffer::mark_on_join(std::uint64_t row, std::uint64_t length) {
-  if (!has_mark_ || mark_row_ <= row) return;
-  if (mark_row_ == row + 1) mark_col_ += length;
-  --mark_row_;
-}
-
-void TextBuffer::mark_on_delete_span(Position start, Position end) {
-  if (!has_mark_) return;
-  const Position mark{mark_row_, mark_col_};
-  if (mark < start) return;
-  if (mark < end) {
-    mark_row_ = start.row;
-    mark_col_ = start.col;
-  } else if (mark.row == end.row) {
-    mark_row_ = start.row;
-    mark_col_ = start.col + (mark.col - end.col);
-  } else {
-    mark_row_ -= end.row - start.row;
-  }
+void TextBuffer::after_erase(Position begin, Position end) {
+  after_edit({.begin = begin, .end = end, .end_now = begin});
 }
 
 void TextBuffer::join_with_next(std::uint64_t row) {
   const std::uint64_t end = lines_.line_end(row);
   const std::uint64_t length = end - lines_.line_start(row);
   lines_.erase(end, end + 1);
-  mark_on_join(row, length);
-  modified_ = true;
+  const Position next_line{row + 1, 0};
+  after_edit({.begin = next_line, .end = next_line, .end_now = {row, length}});
 }

@@ -79,9 +79,9 @@ class TextBuffer {
   // ---- the mark: the fixed end of the select range
   void set_mark(std::uint64_t row, std::uint64_t col);
   void clear_mark();
-  bool has_mark() const { return has_mark_; }
-  std::uint64_t mark_row() const { return mark_row_; }
-  std::uint64_t mark_col() const { return mark_col_; }
+  bool has_mark() const { return mark_.has_value(); }
+  std::uint64_t mark_row() const { return mark_.value_or(zan::Position()).row; }
+  std::uint64_t mark_col() const { return mark_.value_or(zan::Position()).col; }
   void clamp_mark();
 
   // ---- search/: one pattern against lines
@@ -97,10 +97,16 @@ class TextBuffer {
                              bool exact) const;
 
  private:
-  void mark_on_insert(zan::Position at, const zan::LineStore& text);
-  void mark_on_erase_chars(std::uint64_t row, std::uint64_t col, std::uint64_t count);
-  void mark_on_join(std::uint64_t row, std::uint64_t length);
-  void mark_on_delete_span(zan::Position start, zan::Position end);
+  // What an edit does to positions: those in [begin, end] come to lie at `end_now`, those after them as far
+  // behind it as they were behind `end`. The mark's column may lie beyond its line's end.
+  struct Edit {
+    zan::Position begin;
+    zan::Position end;
+    zan::Position end_now;
+  };
+  static zan::Position moved(zan::Position at, const Edit& edit);
+  void after_edit(const Edit& edit); // moves the mark, sets modified
+  void after_erase(zan::Position begin, zan::Position end);
   void join_with_next(std::uint64_t row); // row + 1 exists
 
   std::string filename_;
@@ -108,7 +114,5 @@ class TextBuffer {
   zan::LineStore lines_;
   bool modified_ = false;
   bool final_newline_ = true;
-  bool has_mark_ = false;
-  std::uint64_t mark_row_ = 0;
-  std::uint64_t mark_col_ = 0;
+  std::optional<zan::Position> mark_;
 };
