@@ -31,8 +31,7 @@ void Editor::save_and_exit_now() {
   if (!(named ? save_buffer_to_path(main, path, false) : save_to_own_file(main, path))) {
     zan::end_if_asked(*this);
     const auto copies = zan::rescue(*this);
-    console.write_error("?Unable to write " + path + "
-");
+    console.write_error("?Unable to write " + path + "\n");
     report_unsaved_copy();
     zan::say_where_rescued(copies, "");
     leave(console, 2);
