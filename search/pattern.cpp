@@ -184,21 +184,28 @@ std::size_t Pattern::match_length(std::string_view line, std::size_t col, Abort&
 
 // ---- a line, forward
 
-// The first place at or after `from` where the segment fits.
+// The first place in [at, last] where the segment may fit: its run stands there, or a byte it may start with.
+std::size_t Pattern::first_candidate(const Segment& segment, std::string_view line, std::size_t at,
+                                     std::size_t last) const {
+  if (!segment.run.empty()) {
+    const std::string_view searched = line.substr(0, last + segment.run_at + segment.run.size());
+    const std::size_t run = segment.run.find(searched, at + segment.run_at);
+    return run == kNone ? kNone : run - segment.run_at;
+  }
+  if (segment.length == 0) return at;
+  while (at <= last && !segment.starts[to_byte(line[at])]) ++at;
+  return at <= last ? at : kNone;
+}
+
+// The first place in [from, stop) where the segment fits.
 std::size_t Pattern::first_fit(const Segment& segment, std::string_view line, std::size_t from,
-                               Abort& abort) const {
+                               std::size_t stop, Abort& abort) const {
   if (line.size() - from < segment.length) return kNone;
-  const std::size_t last = line.size() - segment.length;
-  const std::string_view searched = line.substr(0, last + segment.run_at + segment.run.size());
-  for (std::size_t at = segment.at_end ? last : from; at <= last && abort == 0; ++at) {
-    if (!segment.run.empty()) {
-      const std::size_t run = segment.run.find(searched, at + segment.run_at);
-      if (run == kNone) return kNone;
-      at = run - segment.run_at;
-    } else if (segment.length > 0) {
-      while (at < last && !segment.starts[to_byte(line[at])]) ++at;
-    }
-    if (fits(segment, line, at)) return at;
+  const std::size_t highest = line.size() - segment.length;
+  const std::size_t last = std::min(highest, stop - 1);
+  for (std::size_t at = segment.at_end ? highest : from; at <= last && abort == 0; ++at) {
+    at = first_candidate(segment, line, at, last);
+    if (at == kNone || fits(segment, line, at)) return at;
   }
   return kNone;
 }
@@ -206,7 +213,7 @@ std::size_t Pattern::first_fit(const Segment& segment, std::string_view line, st
 // Where the segments after the first one end, when they are found at or after `from`.
 std::optional<std::size_t> Pattern::match_tail(std::string_view line, std::size_t from, Abort& abort) const {
   for (std::size_t i = 1; i < segments_.size(); ++i) {
-    const std::size_t at = first_fit(segments_[i], line, from, abort);
+    const std::size_t at = first_fit(segments_[i], line, from, kNone, abort);
     if (at == kNone) return std::nullopt;
     from = at + segments_[i].length;
   }
@@ -219,29 +226,36 @@ std::optional<std::size_t> Pattern::find_forward(std::string_view line, std::siz
   if (!wildcard_) return found_at(plain_.find(line, from));
   if (anchored_) return match_at(line, 0, abort) ? std::optional<std::size_t>(0) : std::nullopt;
   const Segment& head = segments_.front();
-  const std::size_t col = first_fit(head, line, from, abort);
+  const std::size_t col = first_fit(head, line, from, kNone, abort);
   // Where the tail is not found after this column, it is not found after a later one.
   return col != kNone && match_tail(line, col + head.length, abort) ? std::optional(col) : std::nullopt;
 }
 
 // ---- a line, backward
 
+// As first_candidate, the last place in [first, at].
+std::size_t Pattern::last_candidate(const Segment& segment, std::string_view line, std::size_t first,
+                                    std::size_t at) const {
+  if (!segment.run.empty()) {
+    const std::size_t run = segment.run.find_last(line, at + segment.run_at + segment.run.size());
+    return run == kNone || run < first + segment.run_at ? kNone : run - segment.run_at;
+  }
+  if (segment.length == 0) return at;
+  while (at > first && !segment.starts[to_byte(line[at])]) --at;
+  return segment.starts[to_byte(line[at])] ? at : kNone;
+}
+
 // The last place where the segment fits and ends at or before `limit`.
 std::size_t Pattern::last_fit(const Segment& segment, std::string_view line, std::size_t limit,
                               Abort& abort) const {
   if (limit < segment.length || (segment.at_end && limit < line.size())) return kNone;
-  const std::size_t lowest = segment.at_end ? limit - segment.length : 0;
-  for (std::size_t stop = limit - segment.length + 1; stop > lowest && abort == 0; --stop) {
-    if (!segment.run.empty()) {
-      const std::size_t run = segment.run.find_last(line, stop - 1 + segment.run_at + segment.run.size());
-      if (run == kNone || run < lowest + segment.run_at) return kNone;
-      stop = run - segment.run_at + 1;
-    } else if (segment.length > 0) {
-      while (stop > lowest + 1 && !segment.starts[to_byte(line[stop - 1])]) --stop;
-    }
-    if (fits(segment, line, stop - 1)) return stop - 1;
+  const std::size_t last = limit - segment.length;
+  const std::size_t first = segment.at_end ? last : 0;
+  for (std::size_t at = last;; --at) {
+    at = last_candidate(segment, line, first, at);
+    if (at == kNone || fits(segment, line, at)) return at;
+    if (at == first || abort != 0) return kNone;
   }
-  return kNone;
 }
 
 std::optional<std::size_t> Pattern::find_backward(std::string_view line, std::size_t limit,
@@ -269,22 +283,20 @@ std::size_t BackwardMatches::last_tail() const {
 std::size_t BackwardMatches::length_at(std::size_t col) {
   if (!pattern_.wildcard_) return pattern_.source_length_;
   const auto& segments = pattern_.segments_;
-  places_.resize(segments.size());
+  first_fits_.resize(segments.size());
   std::size_t end = col + segments.front().length;
-  for (std::size_t i = 1; i < segments.size(); ++i) {
-    const Pattern::Segment& segment = segments[i];
-    Place& place = places_[i];
-    if (end < place.from) {
-      // Only a place before those that were looked at is news.
-      const bool bounded = place.from != kNone && !segment.at_end;
-      const auto searched = bounded ? line_.substr(0, place.from + segment.length - 1) : line_;
-      const std::size_t at = pattern_.first_fit(segment, searched, end, abort_);
-      if (at != kNone) place.at = at;
-      place.from = end;
-    }
-    end = place.at + segment.length;
-  }
+  for (std::size_t i = 1; i < segments.size(); ++i) end = first_fit(i, end) + segments[i].length;
   return end - col;
+}
+
+// As Pattern::first_fit, for a `from` that never increases. Later places are cached; search only before them.
+std::size_t BackwardMatches::first_fit(std::size_t segment, std::size_t from) {
+  FirstFit& known = first_fits_[segment];
+  if (from < known.from) {
+    const std::size_t at = pattern_.first_fit(pattern_.segments_[segment], line_, from, known.from, abort_);
+    known = {from, at == kNone ? known.at : at};
+  }
+  return known.at;
 }
 
 } // namespace zan

@@ -81,7 +81,12 @@ class Pattern {
   void require_sets();
   bool takes(const Element& element, char c) const;
   bool fits(const Segment& segment, std::string_view line, std::size_t at) const;
-  std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from, Abort& abort) const;
+  std::size_t first_candidate(const Segment& segment, std::string_view line, std::size_t at,
+                              std::size_t last) const;
+  std::size_t last_candidate(const Segment& segment, std::string_view line, std::size_t first,
+                             std::size_t at) const;
+  std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from,
+                        std::size_t stop) const;
   std::size_t last_fit(const Segment& segment, std::string_view line, std::size_t limit, Abort& abort) const;
   std::optional<std::size_t> match_tail(std::string_view line, std::size_t from, Abort& abort) const;
 
@@ -112,19 +117,20 @@ class BackwardMatches {
   std::size_t length_at(std::size_t col);
 
  private:
-  // The first place of a segment at or after `from`.
-  struct Place {
-    std::size_t from = std::string_view::npos; // npos: not looked for yet
+  // The first place at or after `from` where a segment fits.
+  struct FirstFit {
+    std::size_t from = std::string_view::npos; // npos: not searched yet
     std::size_t at = std::string_view::npos;
   };
 
   std::size_t last_tail() const;
+  std::size_t first_fit(std::size_t segment, std::size_t from);
 
   const Pattern& pattern_;
   std::string_view line_;
   Abort& abort_;
   std::optional<std::size_t> last_tail_; // the last place where what follows the first star matches
-  std::vector<Place> places_;            // of the segments after the first
+  std::vector<FirstFit> first_fits_;     // of the segments after the first
 };
 
 } // namespace zan
