@@ -1,7 +1,6 @@
 #include "search/store_scan.h"
 
 #include <algorithm>
-#include <vector>
 
 namespace zan {
 
@@ -9,6 +8,11 @@ namespace {
 
 constexpr std::size_t kLargeChunk = 4096;    // searched where it lies; smaller ones are copied together
 constexpr std::size_t kSeamSize = 64 * 1024; // a seam of many small chunks ends about here
+
+std::string_view first_bytes(std::string_view bytes, std::size_t count) { return bytes.substr(0, count); }
+std::string_view last_bytes(std::string_view bytes, std::size_t count) {
+  return bytes.substr(bytes.size() - std::min(bytes.size(), count));
+}
 
 } // namespace
 
@@ -38,7 +42,8 @@ void StoreScan::reach(std::uint64_t offset) {
   while ((forward_ ? offset >= window_end() : offset <= begin_) && advance()) {}
 }
 
-bool StoreScan::fetch() {
+// Makes chunk_ a chunk that no window holds yet. False at the end.
+bool StoreScan::fetch_chunk() {
   if (!chunk_waits_) chunk_waits_ = forward_ ? walker_.next(chunk_) : walker_.previous(chunk_);
   return chunk_waits_;
 }
@@ -47,46 +52,50 @@ bool StoreScan::is_large() const { return chunk_.bytes.size() >= std::max(kLarge
 
 // Goes on to the next window.
 bool StoreScan::advance() {
-  if (!fetch()) return false;
-  if (is_large() && (chunk_sewn_ || overlap_ == 0 || window_.empty())) {
+  if (!fetch_chunk()) return false;
+  if (is_large() && (seam_reaches_chunk_ || overlap_ == 0 || window_.empty())) {
     window_ = chunk_.bytes;
     begin_ = chunk_.offset;
     literal_ = chunk_.literal;
-    chunk_waits_ = chunk_sewn_ = false;
+    chunk_waits_ = seam_reaches_chunk_ = false;
   } else {
-    sew();
+    make_seam();
   }
   return true;
 }
 
-// Makes a window of the end of the last one, of small chunks, and of the beginning of a large one. (Backward,
-// beginning and end change places.)
-void StoreScan::sew() {
-  const auto near = [&](std::string_view bytes, bool last) { // at most overlap_ bytes from one of its ends
-    const std::size_t size = std::min(bytes.size(), overlap_);
-    return last ? bytes.substr(bytes.size() - size) : bytes.substr(0, size);
-  };
-  std::vector<std::string_view> parts{near(window_, forward_)};
-  const std::uint64_t kept = parts.front().size();
-  const std::uint64_t joint = forward_ ? window_end() - kept : begin_ + kept;
-  std::size_t size = kept;
-  literal_ = literal_ && kept > 0;
-  // The overlap counts for more than one seam's worth, or a long needle would be copied for every chunk.
-  while (size < kSeamSize + 4 * overlap_ && fetch()) {
-    chunk_sewn_ = is_large();
-    parts.push_back(chunk_sewn_ ? near(chunk_.bytes, !forward_) : chunk_.bytes);
-    size += parts.back().size();
-    literal_ = literal_ || chunk_.literal;
-    if (chunk_sewn_) break;
-    chunk_waits_ = false;
-  }
+void StoreScan::make_seam() {
+  const std::string_view overlap = forward_ ? last_bytes(window_, overlap_) : first_bytes(window_, overlap_);
+  const std::uint64_t entry = forward_ ? window_end() - overlap.size() : begin_ + overlap.size();
+  literal_ = literal_ && !overlap.empty();
+  std::vector<std::string_view> parts = seam_parts(overlap);
   if (!forward_) std::ranges::reverse(parts);
-  std::string seam; // parts may lie in seam_
+  std::size_t size = 0;
+  for (const std::string_view part : parts) size += part.size();
+  std::string seam; // not seam_ itself: the overlap may lie in it
   seam.reserve(size);
   for (const std::string_view part : parts) seam += part;
   seam_ = std::move(seam);
   window_ = seam_;
-  begin_ = forward_ ? joint : joint - size;
+  begin_ = forward_ ? entry : entry - size;
+}
+
+// What a seam consists of, in the order of the search: the overlap with the last window, small chunks, and
+// the overlap with the window of a large chunk that ends it.
+std::vector<std::string_view> StoreScan::seam_parts(std::string_view overlap) {
+  std::vector<std::string_view> parts{overlap};
+  std::size_t size = overlap.size();
+  // The overlap must be a small part of a seam, or a long needle would be copied for every chunk.
+  while (!seam_reaches_chunk_ && size < kSeamSize + 4 * overlap_ && fetch_chunk()) {
+    std::string_view part = chunk_.bytes;
+    seam_reaches_chunk_ = is_large();
+    if (seam_reaches_chunk_) part = forward_ ? first_bytes(part, overlap_) : last_bytes(part, overlap_);
+    parts.push_back(part);
+    size += part.size();
+    literal_ = literal_ || chunk_.literal;
+    chunk_waits_ = seam_reaches_chunk_;
+  }
+  return parts;
 }
 
 } // namespace zan

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "search/substring.h"
 #include "text/line_store.h"
@@ -38,10 +39,11 @@ class StoreScan {
   bool window_is_literal() const { return literal_; }
 
  private:
-  bool fetch();
+  bool fetch_chunk();
   bool is_large() const;
   bool advance();
-  void sew();
+  void make_seam();
+  std::vector<std::string_view> seam_parts(std::string_view overlap);
 
   const Substring& needle_;
   PieceWalker walker_;
@@ -52,8 +54,8 @@ class StoreScan {
   bool literal_ = false;
   std::string seam_;
   Chunk chunk_;
-  bool chunk_waits_ = false; // chunk_ has not been in a window yet
-  bool chunk_sewn_ = false;  // a seam reaches into it, so it may be a window by itself
+  bool chunk_waits_ = false;        // chunk_ has not been in a window yet
+  bool seam_reaches_chunk_ = false; // the last window overlaps chunk_, which may be a window by itself
 };
 
 } // namespace zan
