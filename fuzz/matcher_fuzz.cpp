@@ -53,8 +53,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   zan::fuzz::check(forward == naive.forward(start));
   const auto backward = zan::search_backward(text, pattern, start, constraints, kNoAbort);
   zan::fuzz::check(backward == naive.backward(start));
-  for (const auto& found : {forward, backward})
-    if (found)
-      zan::fuzz::check(pattern.match_length(text.line(found->row), found->col) == naive.length_at(*found));
+  for (const auto& found : {forward, backward}) {
+    if (!found) continue;
+    const zan::TextView line = text.line(found->row);
+    zan::fuzz::check(pattern.match_length(line, found->col) == naive.length_at(*found));
+  }
   return 0;
 }

@@ -121,7 +121,8 @@ std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row, std::uint6
   };
   if (width > prefix) {
     const std::uint64_t last = std::min(length, skipped + width - prefix);
-    shown += view.text.slice(start + skipped, start + last).get();
+    const TextView visible = view.text.slice(start + skipped, start + last);
+    shown += visible.get();
   }
   return display_runs(shown, column(begin), end > begin ? column(end) : column(begin), view.columns,
                       view.width);

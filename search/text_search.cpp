@@ -167,8 +167,8 @@ std::optional<Position> lines_forward(const LineStore& text, const Pattern& patt
 std::optional<Position> lines_backward(const LineStore& text, const Pattern& pattern, Position start,
                                        const SearchConstraints& wanted, Abort& abort) {
   // In the first line a match may reach past the limit, so the scan for required bytes begins above it.
-  const auto found =
-      line_backward(text.line(start.row), pattern, static_cast<std::size_t>(start.col), wanted, abort);
+  const TextView line = text.line(start.row);
+  const auto found = line_backward(line, pattern, static_cast<std::size_t>(start.col), wanted, abort);
   if (found) return Position{start.row, *found};
   std::uint64_t begin = text.line_start(start.row);
   CandidateLines lines(text, pattern, begin, StoreScan::Way::backward);

@@ -8,8 +8,9 @@ zan::SearchConstraints Editor::search_constraints() const {
 
 bool Editor::match_constraints_ok(std::uint64_t row, std::uint64_t col, std::uint64_t length) const {
   if (row >= current.line_count()) return false;
-  return zan::constraints_ok(current.line(row), static_cast<std::size_t>(col),
-                             static_cast<std::size_t>(length), search_constraints());
+  const zan::TextView line = current.line(row);
+  return zan::constraints_ok(line, static_cast<std::size_t>(col), static_cast<std::size_t>(length),
+                             search_constraints());
 }
 
 std::optional<zan::Position> Editor::search_forward(std::uint64_t row, std::uint64_t col) const {

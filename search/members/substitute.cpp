@@ -155,8 +155,9 @@ std::uint64_t Editor::substitute_asking(zan::Position at, std::uint64_t limit, b
 
 // Shows the cursor line and asks. The end of input and Ctrl/C stop the command.
 Editor::Answer Editor::ask_to_substitute(bool verbose) {
-  say(true, std::to_string(cursor_row + 1), " ", current.line(cursor_row).get(), "\n");
-  const auto line = read_text_line("Substitute? [Y/N]: ", true);
-  if (check_abort(verbose) || !line) return Answer::stop;
-  return upper(zan::trim(*line)) == "Y" ? Answer::yes : Answer::no;
+  const zan::TextView line = current.line(cursor_row);
+  say(true, std::to_string(cursor_row + 1), " ", line.get(), "\n");
+  const auto answer = read_text_line("Substitute? [Y/N]: ", true);
+  if (check_abort(verbose) || !answer) return Answer::stop;
+  return upper(zan::trim(*answer)) == "Y" ? Answer::yes : Answer::no;
 }
