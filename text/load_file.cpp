@@ -59,8 +59,8 @@ class InputFile {
   FileState state_;
 };
 
-// Collects the text as it comes in. A carriage return at the end of what was read so far lies after the used
-// part of the block until the next byte shows whether it ends a line.
+// Collects the text as it comes in. A trailing carriage return is held back until the next byte is known: it
+// lies after the used part of the block.
 class Loader {
  public:
   explicit Loader(std::size_t size_hint) : block_(Block::make(size_hint + 1)) {} // 1: to see the end in it
@@ -73,7 +73,8 @@ class Loader {
     const auto count = file.read_some(block_->data() + end, std::min(block_->capacity() - end, kReadSize));
     if (count && *count > 0) {
       last_byte_ = block_->data()[end + *count - 1];
-      block_->set_used(squeeze(begin, end + *count) - held());
+      block_->set_used(remove_returns(begin, end + *count - held()));
+      if (held() > 0) block_->data()[block_->used()] = '\r';
       block_->extend_index();
     }
     return count;
@@ -89,23 +90,23 @@ class Loader {
  private:
   std::size_t held() const { return last_byte_ == '\r' ? 1 : 0; }
 
-  // Moves [begin, end) of the block together over the carriage returns before line feeds; the new end.
-  std::size_t squeeze(std::size_t begin, std::size_t end) {
+  // Removes the carriage returns before line feeds from [begin, end) of the block; the new end. The byte
+  // after a carriage return is always known: a trailing one is held back, and lies at `end`.
+  std::size_t remove_returns(std::size_t begin, std::size_t end) {
     char* const data = block_->data();
-    std::size_t from = find_return(begin, end);
-    std::size_t to = from;
-    while (from < end) {
-      // A run of carriage returns goes byte by byte, what lies between two runs in one move.
-      for (; from < end && data[from] == '\r'; ++from) {
-        const bool last = from + 1 == end;
-        if (!last && data[from + 1] == '\n') continue;
-        returns_ = returns_ || !last;
-        data[to++] = '\r';
+    std::size_t to = find_return(begin, end);
+    for (std::size_t from = to; from < end;) {
+      if (data[from] == '\r') {
+        const bool removed = data[from + 1] == '\n';
+        if (!removed) data[to++] = '\r';
+        returns_ = returns_ || !removed;
+        ++from;
+      } else {
+        const std::size_t stretch = find_return(from, end) - from;
+        std::memmove(data + to, data + from, stretch);
+        to += stretch;
+        from += stretch;
       }
-      const std::size_t stretch = find_return(from, end) - from;
-      std::memmove(data + to, data + from, stretch);
-      to += stretch;
-      from += stretch;
     }
     return to;
   }
