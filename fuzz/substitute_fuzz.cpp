@@ -128,7 +128,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   check((Position{editor.cursor_row, editor.cursor_col} == model.cursor));
   check(editor.current.line_count() == model.lines.size());
   for (std::uint64_t row = 0; row < model.lines.size(); ++row)
-    check(editor.current.line(row).get() == model.lines[row]);
+    check(editor.current.line(row) == model.lines[row]);
   // After a failure, or a search for the next one, the message is not the command's own.
   if (model.status.ends_with("s") || model.status.ends_with("d"))
     check(editor.status_message == model.status);

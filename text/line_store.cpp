@@ -126,6 +126,13 @@ TextView LineStore::slice(std::uint64_t begin, std::uint64_t end) const {
   return TextView(std::move(gathered));
 }
 
+std::string LineStore::to_string() const {
+  std::string bytes;
+  bytes.reserve(byte_count());
+  gather(root_, 0, byte_count(), bytes);
+  return bytes;
+}
+
 char LineStore::byte_at(std::uint64_t offset) const {
   const PlacedPiece at = piece_at(root_, offset);
   return at.piece->bytes()[offset - at.start];
@@ -180,10 +187,7 @@ void LineStore::insert(std::uint64_t offset, const LineStore& text) {
       insert_marked(offset, chunk.bytes, chunk.literal);
     return;
   }
-  const std::uint64_t end = offset + text.byte_count();
   root_ = concat(concat(prefix(root_, offset), text.root_), suffix(root_, offset));
-  close_gap(end, end);
-  close_gap(offset, offset);
 }
 
 void LineStore::insert_text(std::uint64_t offset, std::string_view text) {
@@ -217,8 +221,8 @@ bool LineStore::extend_typed(std::uint64_t offset, std::string_view bytes, bool 
   return true;
 }
 
-// Puts `bytes`, which are not empty, into storage.
-Piece LineStore::keep(std::string_view bytes, bool literal) {
+// Writes `bytes`, which are not empty, to a block.
+Piece LineStore::new_piece(std::string_view bytes, bool literal) {
   BlockRef block = tail_;
   if (!tail_ || tail_->room() < bytes.size()) {
     if (bytes.size() >= kOwnBlock) {
@@ -252,43 +256,23 @@ bool LineStore::trim_piece(std::uint64_t begin, std::uint64_t end) {
   return true;
 }
 
-// Puts `bytes` in place of [begin, end), together with the small pieces around when there are many.
+// Puts `bytes` in place of [begin, end). A run of many small pieces around them is copied into their piece.
 void LineStore::splice(std::uint64_t begin, std::uint64_t end, std::string_view bytes, bool literal) {
   const std::uint64_t limit = kMergeBytes - std::min<std::uint64_t>(bytes.size(), kMergeBytes);
   const SmallRun before = run_before(root_, begin, literal, limit);
   const SmallRun after = run_after(root_, end, literal, limit - before.bytes);
+  std::string merged;
   if (before.pieces + (bytes.empty() ? 0 : 1) + after.pieces >= kMergePieces) {
-    std::string merged;
     gather(root_, begin - before.bytes, begin, merged);
     merged += bytes;
     gather(root_, end, end + after.bytes, merged);
-    replace(begin - before.bytes, end + after.bytes, keep(merged, literal));
-  } else if (bytes.empty()) {
-    close_gap(begin, end);
-  } else {
-    replace(begin, end, keep(bytes, literal));
+    begin -= before.bytes;
+    end += after.bytes;
+    bytes = merged;
   }
-}
-
-// Erases [begin, end), which may be empty; pieces that then lie next to each other in a block become one.
-void LineStore::close_gap(std::uint64_t begin, std::uint64_t end) {
-  if (begin == 0 || end == byte_count()) {
-    root_ = begin == 0 ? suffix(root_, end) : prefix(root_, begin);
-    return;
-  }
-  const PlacedPiece last = piece_at(root_, begin - 1);
-  const PlacedPiece first = piece_at(root_, end);
-  Piece joint = last.piece->part(0, begin - last.start);
-  const std::uint64_t first_end = first.start + first.piece->length;
-  if (joint.absorb(first.piece->part(end - first.start, first.piece->length))) {
-    replace(last.start, first_end, std::move(joint));
-  } else if (begin < end) {
-    replace(last.start, end, std::move(joint));
-  }
-}
-
-void LineStore::replace(std::uint64_t begin, std::uint64_t end, Piece piece) {
-  root_ = join(prefix(root_, begin), std::move(piece), suffix(root_, end));
+  const NodeRef left = prefix(root_, begin);
+  const NodeRef right = suffix(root_, end);
+  root_ = bytes.empty() ? concat(left, right) : join(left, new_piece(bytes, literal), right);
 }
 
 } // namespace zan

@@ -18,16 +18,19 @@ struct Position {
   auto operator<=>(const Position&) const = default;
 };
 
-// Bytes read from a store: a view into it, or a copy of its own where the bytes lie in several pieces.
-// As a view it is valid as long as some copy of the store holds that text.
+// Bytes read from a store: a view into it, or a copy of its own where the bytes lie in several pieces. The
+// view is valid as long as some copy of the store holds that text, the copy as long as this object.
 class TextView {
  public:
   TextView() = default;
   explicit TextView(std::string_view view) : view_(view) {}
   explicit TextView(std::string copy) : copy_(std::move(copy)), owns_(true) {}
-  std::string_view get() const { return owns_ ? std::string_view(copy_) : view_; }
-  operator std::string_view() const { return get(); }
+  std::string_view get() const& { return owns_ ? std::string_view(copy_) : view_; }
+  std::string_view get() && = delete; // would outlive the copy
+  operator std::string_view() const& { return get(); }
+  operator std::string_view() && = delete;
   std::size_t size() const { return get().size(); }
+  friend bool operator==(const TextView& text, std::string_view bytes) { return text.get() == bytes; }
 
  private:
   std::string copy_;
@@ -70,7 +73,7 @@ class LineStore {
   bool ends_with_break() const;
   bool holds_literal_breaks() const; // some line may hold a line feed
   bool may_hold_returns() const;     // some carriage return may stand in the text; false is certain
-  std::string to_string() const { return std::string(slice(0, byte_count()).get()); }
+  std::string to_string() const;     // breaks as line feeds
 
   LineStore substore(std::uint64_t begin, std::uint64_t end) const; // shares the text
   LineStore with_literals_as_breaks() const;                        // line feeds inside lines become breaks
@@ -90,10 +93,8 @@ class LineStore {
   void insert_marked(std::uint64_t offset, std::string_view bytes, bool literal);
   bool extend_typed(std::uint64_t offset, std::string_view bytes, bool literal);
   bool trim_piece(std::uint64_t begin, std::uint64_t end);
-  Piece keep(std::string_view bytes, bool literal);
+  Piece new_piece(std::string_view bytes, bool literal);
   void splice(std::uint64_t begin, std::uint64_t end, std::string_view bytes, bool literal);
-  void close_gap(std::uint64_t begin, std::uint64_t end);
-  void replace(std::uint64_t begin, std::uint64_t end, Piece piece);
 
   NodeRef root_;  // null: one empty line
   BlockRef tail_; // where new text is appended; shared by copies, each of which owns what it wrote

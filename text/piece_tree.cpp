@@ -96,6 +96,9 @@ NodeRef concat(const NodeRef& left, const NodeRef& right) {
   if (!right) return left;
   Piece first;
   const NodeRef rest = take_first(right, first);
+  const PlacedPiece last = piece_at(left, left->bytes - 1);
+  Piece both = *last.piece;
+  if (both.absorb(first)) return join(prefix(left, last.start), std::move(both), rest);
   return join(left, std::move(first), rest);
 }
 

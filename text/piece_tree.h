@@ -54,6 +54,7 @@ inline std::uint64_t breaks_of(const NodeRef& tree) { return tree ? tree->breaks
 NodeRef tree_of(Piece piece);
 NodeRef tree_of(std::span<Piece> pieces); // in that order; moves them out; linear
 NodeRef join(const NodeRef& left, Piece middle, const NodeRef& right);
+// Where the last piece of `left` goes on in the first of `right`, they become one.
 NodeRef concat(const NodeRef& left, const NodeRef& right);
 NodeRef prefix(const NodeRef& tree, std::uint64_t offset); // what lies before `offset`
 NodeRef suffix(const NodeRef& tree, std::uint64_t offset); // what lies from `offset` on

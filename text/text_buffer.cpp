@@ -235,7 +235,7 @@ void TextBuffer::replace_in_line(std::uint64_t row, std::uint64_t col, std::uint
                                  std::string_view bytes) {
   const std::uint64_t begin = lines_.offset_of({row, col});
   const std::uint64_t end = std::min(begin + length, lines_.line_end(row));
-  if (lines_.slice(begin, end).get() == bytes) return;
+  if (lines_.slice(begin, end) == bytes) return;
   lines_.erase(begin, end);
   lines_.insert_bytes(begin, bytes);
   modified_ = true;

@@ -196,7 +196,7 @@ class Play {
   static void check_places(const Text& text, std::uint64_t begin, std::uint64_t end) {
     const LineStore& store = text.store;
     const std::string bytes = bytes_of_model(text.model).substr(begin, end - begin);
-    same(store.slice(begin, end).get(), bytes);
+    same(store.slice(begin, end), bytes);
     same(walked_bytes(store, begin, end, true), bytes);
     same(walked_bytes(store, begin, end, false), bytes);
     const Model before = text.model.substr(0, begin);
@@ -217,7 +217,7 @@ class Play {
     same(text.store.line_count(), lines.size());
     same(walked_lines(text.store), lines);
     for (std::uint64_t row = 0; row < lines.size(); row += 1 + lines.size() / 20)
-      same(text.store.line(row).get(), lines[row]);
+      same(text.store.line(row), lines[row]);
     same(text.store.to_string(), bytes_of_model(text.model));
     same(text.store.ends_with_break(), !text.model.empty() && text.model.back() == kBreak);
     holds(text.store.holds_literal_breaks() || text.model.find(u'\n') == Model::npos);
