@@ -54,7 +54,7 @@ void Pattern::require(const Substring& bytes) {
   if (required_.empty() || bytes.commonness() < required_.commonness()) required_ = bytes;
 }
 
-// A set of two bytes is looked for like a byte, and may be rarer than all bytes of the pattern.
+// A set of one or two bytes can be searched for like a byte, and may be rarer than every byte of the pattern.
 void Pattern::require_sets() {
   for (const std::bitset<256>& set : sets_) {
     if (set.count() == 0 || set.count() > 2) continue;
@@ -114,7 +114,7 @@ void Pattern::add(Kind kind, unsigned char byte, std::uint32_t set) {
   else ++segment.length;
 }
 
-inline bool Pattern::takes(const Element& element, char c) const {
+inline bool Pattern::accepts(const Element& element, char c) const {
   const unsigned char byte = to_byte(exact_ ? c : folded(c));
   switch (element.kind) {
   case Kind::byte:
@@ -130,7 +130,7 @@ inline bool Pattern::takes(const Element& element, char c) const {
   return true;
 }
 
-// Finds what a search for the segment can look for first.
+// Finds out what a search for the segment looks for first.
 void Pattern::prepare(Segment& segment) const {
   const std::size_t length = find_run(segment);
   std::string run(length, '\0');
@@ -139,7 +139,7 @@ void Pattern::prepare(Segment& segment) const {
   segment.run = Substring(run, exact_);
   if (segment.length == 0 || length > 0) return;
   for (unsigned byte = 0; byte < 256; ++byte)
-    segment.starts[byte] = takes(elements_[segment.first], static_cast<char>(byte));
+    segment.starts[byte] = accepts(elements_[segment.first], static_cast<char>(byte));
 }
 
 // Sets run_at, and returns the run's length.
@@ -161,7 +161,7 @@ inline bool Pattern::fits(const Segment& segment, std::string_view line, std::si
     return false;
   const Element* const elements = elements_.data() + segment.first;
   for (std::size_t i = 0; i < segment.length; ++i)
-    if (!takes(elements[i], line[at + i])) return false;
+    if (!accepts(elements[i], line[at + i])) return false;
   return true;
 }
 

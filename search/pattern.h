@@ -20,10 +20,11 @@ bool has_wildcards(std::string_view pattern);
 // pattern holds % ? * [set] \c, a last $ and a leading ^, and is read up to its first NUL. Without `exact`,
 // A to Z match like a to z; the line is never copied to fold it.
 //
-// A star takes the shortest run that lets the rest match. So the parts between stars are found one after the
-// other, each as far left as it fits; when one is not found, no other start of the match helps either, and no
-// search costs more than pattern length times line length. In one long line that may still take seconds, so
-// the searches in a line look at an abort flag; once it is set, what they tell is of no meaning.
+// A star matches the shortest run that lets the rest match. So the segments between stars are found one after
+// the other, each as far left as it fits. When one is not found, a later start of the match cannot help: no
+// search costs more than pattern length times line length.
+// In a line of many megabytes that may take seconds. So the searches in a line look at an abort flag; once it
+// is set, their results mean nothing.
 class Pattern {
  public:
   // How the source is read: as what a user searches for, or as pattern elements whatever it holds (then ^ is
@@ -35,10 +36,9 @@ class Pattern {
   bool is_wildcard() const { return wildcard_; }
   bool is_anchored() const { return anchored_; }    // a leading ^: column 0 only
   const Substring& plain() const { return plain_; } // of a plain string; otherwise empty
-  // What stands in every match and is rare in ordinary text; empty when there is nothing, or a line feed is
-  // in it.
+  // The bytes in every match that are rarest in ordinary text. Empty when there are none without a line feed.
   const Substring& required() const { return required_; }
-  bool requires_line_feed() const { return requires_line_feed_; } // one stands in every match
+  bool requires_line_feed() const { return requires_line_feed_; } // every match contains one
 
   // Length of the match that starts at col (at most the line's length), whatever an anchor says.
   std::optional<std::size_t> match_at(std::string_view line, std::size_t col,
@@ -61,15 +61,15 @@ class Pattern {
     unsigned char byte = 0; // of Kind::byte
     std::uint32_t set = 0;  // of Kind::set, an index
   };
-  // What stands between two stars. All its elements but a last `end` take one byte.
+  // The elements between two stars. Each matches one byte, except a last `end`.
   struct Segment {
     std::size_t first = 0;
     std::size_t count = 0;  // elements
     std::size_t length = 0; // bytes
     bool at_end = false;
-    Substring run; // the longest stretch of single bytes in it
+    Substring run; // the longest sequence of fixed bytes in it
     std::size_t run_at = 0;
-    std::bitset<256> starts; // where there is no run: the bytes that it may start with
+    std::bitset<256> starts; // without a run: the bytes that it may start with
   };
 
   void compile(std::string_view source);
@@ -79,7 +79,7 @@ class Pattern {
   std::size_t find_run(Segment& segment) const;
   void require(const Substring& bytes);
   void require_sets();
-  bool takes(const Element& element, char c) const;
+  bool accepts(const Element& element, char c) const;
   bool fits(const Segment& segment, std::string_view line, std::size_t at) const;
   std::size_t first_candidate(const Segment& segment, std::string_view line, std::size_t at,
                               std::size_t last) const;
@@ -103,8 +103,8 @@ class Pattern {
   std::vector<std::bitset<256>> sets_;
 };
 
-// The matches in one line from right to left. It remembers where the parts between stars were found: all
-// steps over a line together cost no more than pattern length times line length.
+// The matches in one line from right to left. It caches where the segments between stars fit: all steps over
+// a line together cost no more than pattern length times line length.
 class BackwardMatches {
  public:
   // All must outlive it.

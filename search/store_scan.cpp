@@ -42,7 +42,7 @@ void StoreScan::reach(std::uint64_t offset) {
   while ((forward_ ? offset >= window_end() : offset <= begin_) && advance()) {}
 }
 
-// Makes chunk_ a chunk that no window holds yet. False at the end.
+// Makes chunk_ the next one that was in no window yet. False at the end.
 bool StoreScan::fetch_chunk() {
   if (!chunk_waits_) chunk_waits_ = forward_ ? walker_.next(chunk_) : walker_.previous(chunk_);
   return chunk_waits_;

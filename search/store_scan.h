@@ -11,15 +11,16 @@
 
 namespace zan {
 
-// Looks for one byte string in a text, forward or backward, in the pieces as they lie in memory. Line breaks
-// are read as line feeds. Many searches, each going on where the last one ended, cost together one pass.
+// Searches a text for one byte string, forward or backward, in the pieces as they lie in memory. Line breaks
+// are read as line feeds. Searches that each continue where the last one ended cost one pass together.
 //
-// The text is seen through windows that overlap by one byte less than the needle has: a large piece is a
-// window of its own, and what lies around and between large pieces is copied together into seams.
+// It sees the text through windows that overlap by the needle's length less one, so that none cuts an
+// occurrence. A large piece is a window by itself. Small pieces, and the joints between large ones, are
+// copied into seams.
 class StoreScan {
  public:
   enum class Way { forward, backward };
-  // Searches [begin, end). An empty needle is for those who only want the windows.
+  // Searches [begin, end). With an empty needle it only moves the window.
   StoreScan(const LineStore& text, const Substring& needle, std::uint64_t begin, std::uint64_t end, Way way);
   StoreScan(const StoreScan&) = delete;
   StoreScan& operator=(const StoreScan&) = delete;
@@ -28,10 +29,11 @@ class StoreScan {
   std::optional<std::uint64_t> next(std::uint64_t from);
   // Backward only: offset of the last occurrence that ends at or before `until`, which never increases.
   std::optional<std::uint64_t> previous(std::uint64_t until);
-  // Moves on to the window that the byte at `offset` (backward: the one before it) is in, if there is one.
+  // Moves on to the window that contains the byte at `offset` (backward: the byte before it), if there is
+  // one.
   void reach(std::uint64_t offset);
 
-  // The window at hand, valid until the next search. It holds the occurrence found last.
+  // The current window, valid until the next search. It contains the occurrence found last.
   std::string_view window() const { return window_; }
   std::uint64_t window_begin() const { return begin_; }
   std::uint64_t window_end() const { return begin_ + window_.size(); }

@@ -11,10 +11,10 @@ namespace zan {
 
 namespace {
 
-// Longer needles than this may cost more than a fixed number of steps for each byte of the text.
+// Longer needles may fall back to a border table (Knuth-Morris-Pratt); shorter ones are cheap to compare.
 constexpr std::size_t kLongNeedle = 32;
 
-constexpr std::size_t kPlaces = 64; // looked at together
+constexpr std::size_t kPlaces = 64; // compared at once
 
 // How common a byte is in prose and source text, 0 for the rare ones.
 constexpr auto kFrequency = [] {
@@ -61,9 +61,9 @@ template <typename ByteAt> std::vector<std::size_t> borders(std::size_t size, By
   return table;
 }
 
-// Steps through `count` text bytes until the whole needle has been seen; returns the number of bytes taken.
+// Knuth-Morris-Pratt: reads up to `count` text bytes until the whole needle has matched; returns how many.
 template <typename TextAt, typename ByteAt>
-std::size_t run(std::size_t count, TextAt text_at, ByteAt byte_at, const std::vector<std::size_t>& table) {
+std::size_t kmp(std::size_t count, TextAt text_at, ByteAt byte_at, const std::vector<std::size_t>& table) {
   for (std::size_t i = 0, length = 0; i < count; ++i) {
     const char c = text_at(i);
     while (length > 0 && c != byte_at(length)) length = table[length - 1];
@@ -81,7 +81,7 @@ Substring::Substring(std::string_view needle, bool exact) : bytes_(needle), exac
   const auto commoner = [&](std::size_t a, std::size_t b) {
     return kFrequency[to_byte(bytes_[a])] > kFrequency[to_byte(bytes_[b])];
   };
-  // Two different places, the second as far back as it can be: equal bytes side by side tell little.
+  // Two different places, the second as far back as it can be: equal neighbours filter little.
   std::size_t first = 0;
   for (std::size_t i = 1; i < size(); ++i)
     if (commoner(first, i)) first = i;
@@ -110,14 +110,14 @@ unsigned Substring::commonness() const {
 
 Substring::Probe Substring::probe_at(std::size_t at) const {
   const unsigned char byte = to_byte(bytes_[at]);
-  // Setting this bit makes a small letter of a capital, and nothing else a letter.
+  // OR with 0x20 maps only A to Z to letters.
   const bool letter = !exact_ && byte >= 'a' && byte <= 'z';
   return {at, byte, static_cast<unsigned char>(letter ? 0x20 : 0)};
 }
 
 // Counts the bytes it compares in `work`.
 bool Substring::matches(const char* text, std::size_t& work) const {
-  if (either_) return true; // the probes see all of it
+  if (either_) return true; // the probes have compared all of it
   std::size_t i = 0;
   if (exact_) {
     while (i < size() && text[i] == bytes_[i]) ++i;
@@ -128,7 +128,7 @@ bool Substring::matches(const char* text, std::size_t& work) const {
   return i == size();
 }
 
-bool Substring::worth_automaton(std::size_t work, std::size_t passed) const {
+bool Substring::worth_fallback(std::size_t work, std::size_t passed) const {
   return !forward_.empty() && work > 8 * passed + 4 * size();
 }
 
@@ -168,7 +168,7 @@ std::size_t Substring::find(std::string_view text, std::size_t from) const {
     for (; found != 0; found &= found - 1) {
       const std::size_t place = at + static_cast<std::size_t>(std::countr_zero(found));
       if (matches(text.data() + place, work)) return place;
-      if (worth_automaton(work, place - from)) return run_forward(text, place + 1);
+      if (worth_fallback(work, place - from)) return kmp_forward(text, place + 1);
     }
   }
   return npos;
@@ -189,25 +189,25 @@ std::size_t Substring::find_last(std::string_view text, std::size_t limit) const
       found &= ~(std::uint64_t{1} << bit);
       const std::size_t place = stop + bit;
       if (matches(text.data() + place, work)) return place;
-      if (worth_automaton(work, last - place)) return run_backward(text, place + size() - 1);
+      if (worth_fallback(work, last - place)) return kmp_backward(text, place + size() - 1);
     }
   }
   return npos;
 }
 
-std::size_t Substring::run_forward(std::string_view text, std::size_t from) const {
+std::size_t Substring::kmp_forward(std::string_view text, std::size_t from) const {
   const auto text_at = [&](std::size_t i) { return exact_ ? text[from + i] : folded(text[from + i]); };
   const auto byte_at = [&](std::size_t i) { return bytes_[i]; };
-  const std::size_t taken = run(text.size() - from, text_at, byte_at, forward_);
+  const std::size_t taken = kmp(text.size() - from, text_at, byte_at, forward_);
   return taken == npos ? npos : from + taken - size();
 }
 
-std::size_t Substring::run_backward(std::string_view text, std::size_t limit) const {
+std::size_t Substring::kmp_backward(std::string_view text, std::size_t limit) const {
   const auto text_at = [&](std::size_t i) {
     return exact_ ? text[limit - 1 - i] : folded(text[limit - 1 - i]);
   };
   const auto byte_at = [&](std::size_t i) { return bytes_[size() - 1 - i]; };
-  const std::size_t taken = run(limit, text_at, byte_at, backward_);
+  const std::size_t taken = kmp(limit, text_at, byte_at, backward_);
   return taken == npos ? npos : limit - taken;
 }
 

@@ -8,14 +8,14 @@
 
 namespace zan {
 
-// A to Z as a to z, for searches that do not tell them apart: to_lower where it must cost nothing.
+// A to Z in lower case, for searches that ignore case: to_lower without a call.
 constexpr char folded(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c | 0x20) : c; }
 
-// A byte string to be found in texts, exactly or with A to Z taken for a to z; the text is never copied.
+// A byte string to search texts for, matching the case of A to Z or ignoring it. The text is never copied.
 //
-// Two of its rarer bytes are compared with the text at 64 places at once, so a text that does not hold it is
-// passed at the speed of memory. Where these let through too many false places, a long needle is searched
-// for by an automaton instead, so the cost is linear whatever the text and the needle.
+// Its two rarest bytes are compared with the text at 64 places at once, so that a text without it is passed
+// at the speed of memory. When they match too often in vain, the search for a long needle falls back to
+// Knuth-Morris-Pratt: the cost is linear for any text and needle.
 class Substring {
  public:
   static constexpr std::size_t npos = std::string_view::npos;
@@ -28,7 +28,7 @@ class Substring {
   bool empty() const { return bytes_.empty(); }
   std::string_view bytes() const { return bytes_; } // in lower case, unless exact
 
-  // How often it may be found in ordinary text, from 0 for the rarest; for a choice of what to look for.
+  // How common it may be in ordinary text, 0 for the rarest: to choose what to search for.
   unsigned commonness() const;
 
   // First occurrence that starts at or after `from`; npos when there is none.
@@ -38,7 +38,8 @@ class Substring {
 
  private:
   using Borders = std::vector<std::size_t>;
-  // One byte of the needle; `fold` is the bit that its text byte may have either way.
+  // A byte of the needle that is compared first. `fold`, the bit in which letter cases differ or 0, is set in
+  // the text byte before.
   struct Probe {
     std::size_t at = 0;
     unsigned char byte = 0;
@@ -47,16 +48,16 @@ class Substring {
 
   Probe probe_at(std::size_t at) const;
   bool matches(const char* text, std::size_t& work) const;
-  bool worth_automaton(std::size_t work, std::size_t passed) const;
+  bool worth_fallback(std::size_t work, std::size_t passed) const;
   std::uint64_t places(const char* text, std::size_t count) const;
-  std::size_t run_forward(std::string_view text, std::size_t from) const;
-  std::size_t run_backward(std::string_view text, std::size_t limit) const;
+  std::size_t kmp_forward(std::string_view text, std::size_t from) const;
+  std::size_t kmp_backward(std::string_view text, std::size_t limit) const;
 
   std::string bytes_;
   bool exact_ = true;
-  bool either_ = false; // what one of the probes finds is found; otherwise both must
+  bool either_ = false; // one matching probe is enough; otherwise both must match
   Probe first_, second_;
-  Borders forward_, backward_; // of the needle and of the reversed one; empty for a short needle
+  Borders forward_, backward_; // of the needle and of its reverse; empty for a short needle
 };
 
 } // namespace zan

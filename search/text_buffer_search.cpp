@@ -26,7 +26,7 @@ std::optional<zan::Position> TextBuffer::find_backward(const std::string& patter
 
 std::uint64_t TextBuffer::match_len_at(const std::string& pattern, std::uint64_t row, std::uint64_t col,
                                        bool exact) const {
-  // A plain one needs no line, which may be long.
+  // A plain pattern needs no line: to fetch a long one takes time.
   if (row >= line_count() || !zan::has_wildcards(pattern)) return pattern.size();
   const zan::TextView text = line(row);
   return zan::Pattern(pattern, exact).match_length(text, static_cast<std::size_t>(col));

@@ -19,8 +19,8 @@ bool constraints_ok_at(const LineStore& text, std::uint64_t offset, std::uint64_
   return constraints_ok(left, around, 0, static_cast<std::size_t>(length), wanted);
 }
 
-// The occurrences of a plain string without a line feed. None goes across a line break, so the search need
-// not tell lines apart.
+// The occurrences of a plain string without a line feed. None crosses a line break, so the search ignores
+// lines.
 class PlainSearch {
  public:
   PlainSearch(const LineStore& text, const SearchConstraints& wanted, Abort& abort)
@@ -66,8 +66,8 @@ class PlainSearch {
   Abort& abort_;
 };
 
-// The lines that a wildcard pattern may match in: those that hold its required bytes, or all when there are
-// none. The others are passed over at the speed of the scan.
+// The lines that a wildcard pattern may match in: those that contain its required bytes, or all when it
+// requires none. The others are skipped at the speed of the scan.
 class CandidateLines {
  public:
   // Goes forward to the end of the text or backward to its beginning.
@@ -76,7 +76,7 @@ class CandidateLines {
         scan_(text, required_, way == StoreScan::Way::forward ? start : 0,
               way == StoreScan::Way::forward ? text.byte_count() : start, way) {}
 
-  // The first one that can hold a match starting at or after `from`, which never decreases.
+  // The first one that may contain a match starting at or after `from`, which never decreases.
   bool next(std::uint64_t from) {
     if (from > text_.byte_count()) return false;
     if (required_.empty()) scan_.reach(from);
@@ -101,7 +101,7 @@ class CandidateLines {
     return offset.has_value();
   }
 
-  // Takes the line around `offset` from the scan's window, unless it is long or reaches beyond.
+  // Finds the line around `offset` in the scan's window. False when it is long or extends beyond the window.
   bool load_from_window(std::uint64_t offset) {
     constexpr std::size_t kNear = 4096;
     if (scan_.window_is_literal() || offset < scan_.window_begin() || offset > scan_.window_end())
@@ -166,7 +166,7 @@ std::optional<Position> lines_forward(const LineStore& text, const Pattern& patt
 
 std::optional<Position> lines_backward(const LineStore& text, const Pattern& pattern, Position start,
                                        const SearchConstraints& wanted, Abort& abort) {
-  // In the first line a match may reach past the limit, so the scan for required bytes begins above it.
+  // In the first line a match may extend beyond the limit, so the scan for required bytes begins above it.
   const TextView line = text.line(start.row);
   const auto found = line_backward(line, pattern, static_cast<std::size_t>(start.col), wanted, abort);
   if (found) return Position{start.row, *found};

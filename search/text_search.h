@@ -32,11 +32,11 @@ bool constraints_ok(LeftSide left, std::string_view line, std::size_t col, std::
                     const SearchConstraints& wanted);
 
 // The first match at or after `start` (a column beyond the line's end: from the next line on), or the nearest
-// one before it, that satisfies the constraints. A rejected match is passed over as a whole forward; backward
-// the search goes on before its start. Nothing for an empty pattern.
+// one before it, that satisfies the constraints. After a rejected match the search continues behind its
+// end, or backward, before its start. Nothing for an empty pattern.
 //
 // Plain strings are searched in the pieces of the text as they lie in memory, wildcard patterns line by line,
-// in the lines that hold the bytes which every match must hold. The cost is linear in the text passed over.
+// in the lines that contain the bytes that every match contains. The cost is linear in the text passed over.
 // `abort` set from outside stops the search early, with nothing found.
 std::optional<Position> search_forward(const LineStore& text, const Pattern& pattern, Position start,
                                        const SearchConstraints& wanted, Abort& abort);

@@ -16,8 +16,8 @@ constexpr std::size_t kHugePageFrom = 2 * 1024 * 1024;
 
 } // namespace
 
-// Each lane is one byte wide and summed up before it can overflow. The inner loop has a fixed length, which
-// lets compilers turn it into a few vector instructions at any optimisation level.
+// Counts in lanes of one byte each, which are added up before they can overflow. The inner loop has a fixed
+// length, so that compilers vectorise it at any optimisation level.
 std::uint64_t count_breaks(std::string_view bytes) {
   constexpr std::size_t kLanes = 32;
   std::uint64_t total = 0;
@@ -41,7 +41,7 @@ Ref<Block> Block::make(std::size_t capacity) { return Ref<Block>(std::make_uniqu
 Block::Block(std::size_t capacity)
     : storage_(allocate(std::max<std::size_t>(capacity, 1))), capacity_(std::max<std::size_t>(capacity, 1)) {}
 
-// Mapped memory costs nothing until it is written, so the unused end of a large block is free.
+// Mapped pages take no memory until they are written, so the unused end of a large block is free.
 std::unique_ptr<char, Block::Free> Block::allocate(std::size_t capacity) {
   if (capacity < kMapFrom) {
     void* memory = std::malloc(capacity);
@@ -51,7 +51,8 @@ std::unique_ptr<char, Block::Free> Block::allocate(std::size_t capacity) {
   void* memory = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANON, -1, 0);
   if (memory == MAP_FAILED) throw std::bad_alloc();
 #ifdef MADV_HUGEPAGE
-  if (capacity >= kHugePageFrom) madvise(memory, capacity, MADV_HUGEPAGE); // refused: only slower
+  if (capacity >= kHugePageFrom)
+    madvise(memory, capacity, MADV_HUGEPAGE); // only a hint: when refused, slower
 #endif
   return {static_cast<char*>(memory), Free{capacity}};
 }
@@ -85,8 +86,7 @@ std::uint64_t Block::breaks_in(std::size_t begin, std::size_t end) const {
 }
 
 std::size_t Block::find_break(std::size_t begin, std::uint64_t nth) const {
-  constexpr std::size_t kStep =
-      128; // counting is much faster than looking at single bytes, so do it down to here
+  constexpr std::size_t kStep = 128; // counting is vectorised: count down to this size, then look at bytes
   if (used_ / kStride > index_.size()) extend_index();
   const std::uint64_t wanted = breaks_before(begin) + nth; // line feeds of the block before the one sought
   const auto stride = std::ranges::upper_bound(index_, wanted) - index_.begin();

@@ -10,8 +10,8 @@
 
 namespace zan {
 
-// A counted reference to a T, which keeps the count in its member `refs`. The counts are plain integers:
-// texts belong to one thread.
+// A pointer that counts references in the member `refs` of its target. The counts are plain integers, not
+// atomic: texts belong to one thread.
 template <typename T> class Ref {
  public:
   Ref() = default;
@@ -39,10 +39,10 @@ template <typename T> class Ref {
   T* target_ = nullptr;
 };
 
-std::uint64_t count_breaks(std::string_view bytes); // line feeds; far faster than a read of the file was
+std::uint64_t count_breaks(std::string_view bytes); // line feeds; far faster than reading the file
 
-// Bytes at a fixed address that are appended to, never changed: views into it live as long as the block.
-// Several texts may append to one block, for each refers only to what it wrote itself.
+// An append-only buffer at a fixed address: views into it are valid as long as the block lives. Several texts
+// may append to one block, since each refers only to what it wrote itself.
 class Block {
  public:
   static Ref<Block> make(std::size_t capacity);
@@ -53,22 +53,22 @@ class Block {
   }
   std::size_t capacity() const { return capacity_; }
   std::size_t used() const { return used_; }
-  std::size_t room() const { return capacity_ - used_; }
+  std::size_t free_space() const { return capacity_ - used_; }
 
-  // At most room() bytes.
+  // At most free_space() bytes.
   void append(std::string_view bytes) {
     std::copy_n(bytes.data(), bytes.size(), storage_.get() + used_);
     used_ += bytes.size();
   }
-  // For whoever fills a block that no text refers to yet: the storage, and how much of it is text.
+  // To fill a block that no text refers to yet: write to data(), then set_used().
   char* data() { return storage_.get(); }
   void set_used(std::size_t used) { used_ = used; }
 
   std::uint64_t breaks_in(std::size_t begin, std::size_t end) const;
-  // Offset of the line feed that `nth` others precede from `begin` on; there must be so many.
+  // Offset of line feed number `nth`, counted from 0, at or after `begin`. It must exist.
   std::size_t find_break(std::size_t begin, std::uint64_t nth) const;
-  // Brings the index of line feeds up to used(). Queries do so too; calling it while the bytes are in the
-  // cache spares them a pass over memory.
+  // Extends the index of line feeds to used(). Queries do so themselves; before, while the bytes are still in
+  // the cache, it is cheaper.
   void extend_index() const;
 
   std::uint64_t refs = 0;
@@ -85,8 +85,7 @@ class Block {
   std::unique_ptr<char, Free> storage_;
   std::size_t capacity_;
   std::size_t used_ = 0;
-  mutable std::vector<std::uint64_t>
-      index_; // line feeds in the first 1, 2, 3 ... strides: 1/128 of the bytes
+  mutable std::vector<std::uint64_t> index_; // line feeds before the end of each stride; 1/128 of the bytes
 };
 
 using BlockRef = Ref<Block>;

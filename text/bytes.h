@@ -21,12 +21,12 @@ inline char to_upper(char c) { return static_cast<char>(std::toupper(to_byte(c))
 inline char to_lower(char c) { return static_cast<char>(std::tolower(to_byte(c))); }
 
 std::string_view trim(std::string_view text); // without leading and trailing white space
-// The next word of `text` (what white space separates), which it is taken from; "" at its end.
+// Removes the next word from `text` and returns it; "" at its end. White space separates words.
 std::string_view take_word(std::string_view& text);
 std::string upper(std::string_view text);
 std::string lower(std::string_view text);
 bool starts_with_ci(std::string_view text, std::string_view prefix);
-// Without one pair of surrounding double quotes, when text has at least two bytes and both ends are quotes.
+// Without the double quotes when it begins and ends with one; a single `"` stays.
 std::string_view strip_optional_quotes(std::string_view text);
 std::string counted(std::uint64_t count, std::string_view noun); // "1 line", "2 lines"
 

@@ -10,19 +10,20 @@ constexpr std::size_t kFirstTailBlock = 1024;
 constexpr std::size_t kLastTailBlock = 64 * 1024;
 constexpr std::size_t kOwnBlock = kLastTailBlock / 2;
 
-// Where an edit leaves so many neighbouring pieces within so many bytes, they are copied into one. That keeps
-// pieces at some hundred bytes on average however scattered the edits are. A run of pieces, not a pair: an
-// edit makes two pieces at most, so copying stays rare, and typing between two short pieces copies nothing.
+// An edit that leaves so many neighbouring pieces within so many bytes merges them into one. That keeps the
+// average piece at some hundred bytes however scattered the edits are. Merge runs, not pairs: an edit adds
+// two pieces at most, so copying stays amortised constant, and typing between two short pieces copies
+// nothing.
 constexpr std::uint64_t kMergePieces = 4;
 constexpr std::uint64_t kMergeBytes = 1024;
 
-// Stores up to this size are inserted as bytes: they join the text typed before them instead of adding
+// Stores up to this size are copied when inserted: that extends the piece typed before them instead of adding
 // pieces.
 constexpr std::uint64_t kCopyBytes = 256;
 
-bool holds(std::string_view bytes, char c) { return bytes.find(c) != std::string_view::npos; }
+bool contains(std::string_view bytes, char c) { return bytes.find(c) != std::string_view::npos; }
 
-// Neighbouring pieces of one kind. What an edit leaves of a piece it cuts counts as one.
+// Neighbouring pieces of one kind. The rest of a piece that an edit cuts counts as one.
 struct SmallRun {
   std::uint64_t pieces = 0;
   std::uint64_t bytes = 0;
@@ -73,7 +74,7 @@ LineStore LineStore::copy_of(std::string_view bytes, bool literal) {
 }
 
 LineStore LineStore::from_text(std::string_view text) { return copy_of(text, false); }
-LineStore LineStore::from_line(std::string_view line) { return copy_of(line, holds(line, '\n')); }
+LineStore LineStore::from_line(std::string_view line) { return copy_of(line, contains(line, '\n')); }
 
 LineStore LineStore::blanks(std::uint64_t count) {
   constexpr std::uint64_t kOwnBytes = 65536;
@@ -160,7 +161,7 @@ bool operator==(const LineStore& a, const LineStore& b) {
     const std::size_t common = std::min(chunk_a.bytes.size(), chunk_b.bytes.size());
     const std::string_view bytes = chunk_a.bytes.substr(0, common);
     if (bytes != chunk_b.bytes.substr(0, common)) return false;
-    if (chunk_a.literal != chunk_b.literal && holds(bytes, '\n')) return false;
+    if (chunk_a.literal != chunk_b.literal && contains(bytes, '\n')) return false;
     chunk_a.bytes.remove_prefix(common);
     chunk_b.bytes.remove_prefix(common);
   }
@@ -173,7 +174,7 @@ LineStore LineStore::substore(std::uint64_t begin, std::uint64_t end) const {
 
 LineStore LineStore::with_literals_as_breaks() const {
   LineStore result = *this;
-  result.root_ = with_literals_plain(root_);
+  result.root_ = zan::with_literals_as_breaks(root_);
   return result;
 }
 
@@ -195,7 +196,7 @@ void LineStore::insert_text(std::uint64_t offset, std::string_view text) {
 }
 
 void LineStore::insert_bytes(std::uint64_t offset, std::string_view bytes) {
-  insert_marked(offset, bytes, holds(bytes, '\n'));
+  insert_marked(offset, bytes, contains(bytes, '\n'));
 }
 
 void LineStore::insert_marked(std::uint64_t offset, std::string_view bytes, bool literal) {
@@ -204,11 +205,10 @@ void LineStore::insert_marked(std::uint64_t offset, std::string_view bytes, bool
   if (!extend_typed(offset, bytes, literal)) splice(offset, offset, bytes, literal);
 }
 
-// Typing: when the text before `offset` was the last to be put into the tail block, its piece just grows. A
-// copy of this store that ends at the same place does not mind, and whoever comes second finds the place
-// taken.
+// Typing: when the piece before `offset` ends where the used part of the tail block ends, it just grows. If
+// another copy of this store appended first, its end differs from used(), and we splice instead.
 bool LineStore::extend_typed(std::uint64_t offset, std::string_view bytes, bool literal) {
-  if (offset == 0 || !tail_ || tail_->room() < bytes.size()) return false;
+  if (offset == 0 || !tail_ || tail_->free_space() < bytes.size()) return false;
   const PlacedPiece at = piece_at(root_, offset - 1);
   Piece piece = *at.piece;
   if (at.start + piece.length != offset || piece.block != tail_ || piece.end() != tail_->used()) return false;
@@ -216,7 +216,7 @@ bool LineStore::extend_typed(std::uint64_t offset, std::string_view bytes, bool 
   tail_->append(bytes);
   piece.length += bytes.size();
   if (!literal) piece.breaks += count_breaks(bytes);
-  piece.returns = piece.returns || holds(bytes, '\r');
+  piece.returns = piece.returns || contains(bytes, '\r');
   root_ = with_piece_at(root_, offset - 1, std::move(piece));
   return true;
 }
@@ -224,7 +224,7 @@ bool LineStore::extend_typed(std::uint64_t offset, std::string_view bytes, bool 
 // Writes `bytes`, which are not empty, to a block.
 Piece LineStore::new_piece(std::string_view bytes, bool literal) {
   BlockRef block = tail_;
-  if (!tail_ || tail_->room() < bytes.size()) {
+  if (!tail_ || tail_->free_space() < bytes.size()) {
     if (bytes.size() >= kOwnBlock) {
       block = Block::make(bytes.size());
     } else {

@@ -53,8 +53,7 @@ class LineStore {
   LineStore() = default;                             // one empty line
   static LineStore from_text(std::string_view text); // copies; each line feed of `text` ends a line
   static LineStore from_line(std::string_view line); // copies; one line, line feeds stay inside it
-  static LineStore
-  blanks(std::uint64_t count); // one line; many blanks share their bytes: O(log count) memory
+  static LineStore blanks(std::uint64_t count); // one line; blanks share their bytes: O(log count) memory
 
   std::uint64_t line_count() const;                // at least 1
   std::uint64_t byte_count() const;                // breaks included
@@ -72,7 +71,7 @@ class LineStore {
   char byte_at(std::uint64_t offset) const;                     // offset < byte_count()
   bool ends_with_break() const;
   bool holds_literal_breaks() const; // some line may hold a line feed
-  bool may_hold_returns() const;     // some carriage return may stand in the text; false is certain
+  bool may_hold_returns() const;     // false: certainly no carriage return in it
   std::string to_string() const;     // breaks as line feeds
 
   LineStore substore(std::uint64_t begin, std::uint64_t end) const; // shares the text
@@ -97,7 +96,7 @@ class LineStore {
   void splice(std::uint64_t begin, std::uint64_t end, std::string_view bytes, bool literal);
 
   NodeRef root_;  // null: one empty line
-  BlockRef tail_; // where new text is appended; shared by copies, each of which owns what it wrote
+  BlockRef tail_; // typed text is appended here; copies share it, each refers to what it wrote itself
 };
 
 // A stretch of a store that lies contiguously in memory. In a literal one, line feeds are bytes of a line.
@@ -107,8 +106,8 @@ struct Chunk {
   bool literal = false;
 };
 
-// Hands out the chunks of [begin, end) in order, forward or backward. Holds a copy of the store, so the
-// chunks stay valid while it lives, whatever happens to the original.
+// Iterates over the chunks of [begin, end), forward or backward. It has a copy of the store: chunks are valid
+// while the walker lives, whatever happens to the original.
 class PieceWalker {
  public:
   PieceWalker(const LineStore& store, std::uint64_t begin, std::uint64_t end);
@@ -120,13 +119,14 @@ class PieceWalker {
   void push_spine(const Node* node, bool forward);
 
   LineStore store_;
-  std::uint64_t begin_, end_;     // what has not been handed out
-  std::vector<const Node*> path_; // nodes whose piece, and the subtree beyond it, are still to come
+  std::uint64_t begin_, end_;     // what is still to be visited
+  std::vector<const Node*> path_; // nodes still to be visited, each with the subtree beyond it
   std::uint64_t within_ = 0;      // bytes of the first piece that lie outside the range
   bool started_ = false;
 };
 
-// Walks whole lines from a row on where they lie; only lines that span pieces are gathered, into one buffer.
+// Iterates over the lines from a row on. Lines are views into the text; only a line that spans pieces is
+// copied, into one buffer.
 class LineWalker {
  public:
   LineWalker(const LineStore& store, std::uint64_t first_row);
@@ -149,8 +149,8 @@ class LineWalker {
   bool at_end_;
 };
 
-// Builds a store from front to back. Long stretches taken from another store are shared, short ones are
-// copied together into fresh contiguous blocks, so a text rewritten everywhere comes out contiguous.
+// Builds a store from front to back. Long stretches of other stores are shared. Short ones are copied into
+// contiguous blocks, so that a text rewritten everywhere is contiguous again.
 class LineStoreBuilder {
  public:
   // Line feeds stay inside the line.
@@ -168,7 +168,8 @@ class LineStoreBuilder {
 
  private:
   void append_marked(std::string_view bytes, bool literal) {
-    if (literal != run_literal_ || !block_ || block_->room() < bytes.size()) start_run(bytes.size(), literal);
+    if (literal != run_literal_ || !block_ || block_->free_space() < bytes.size())
+      start_run(bytes.size(), literal);
     block_->append(bytes);
   }
   void start_run(std::size_t size, bool literal);

@@ -6,7 +6,7 @@ namespace {
 
 constexpr std::size_t kFirstBlock = 512; // later blocks double
 constexpr std::size_t kLastBlock = 16 * 1024 * 1024;
-constexpr std::uint64_t kShareFrom = 1024; // a shared stretch costs a node of a tenth of this
+constexpr std::uint64_t kShareFrom = 1024; // shorter ones are copied: a node takes a tenth of this
 
 } // namespace
 
@@ -26,11 +26,11 @@ void LineStoreBuilder::append_piece(Piece piece) {
   pieces_.push_back(std::move(piece));
 }
 
-// A run is what one piece will hold: bytes of one kind in one block. Makes room for `size` more bytes.
+// A run is the bytes of one piece to be made: of one kind, in one block. Starts one with space for `size`.
 void LineStoreBuilder::start_run(std::size_t size, bool literal) {
   flush_run();
   run_literal_ = literal;
-  if (block_ && block_->room() >= size) return;
+  if (block_ && block_->free_space() >= size) return;
   const std::size_t doubled = std::clamp(block_ ? 2 * block_->capacity() : 0, kFirstBlock, kLastBlock);
   block_ = Block::make(std::max(size, doubled));
   run_start_ = 0;

@@ -5,7 +5,7 @@ namespace zan {
 PieceWalker::PieceWalker(const LineStore& store, std::uint64_t begin, std::uint64_t end)
     : store_(store), begin_(begin), end_(std::min(end, store.byte_count())) {}
 
-// Pushes `node` and its children towards the side that comes first.
+// Pushes `node` and its descendants on the side that is visited first.
 void PieceWalker::push_spine(const Node* node, bool forward) {
   for (; node != nullptr; node = (forward ? node->left : node->right).get()) path_.push_back(node);
 }

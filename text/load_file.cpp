@@ -13,8 +13,9 @@ namespace zan {
 
 namespace {
 
-constexpr std::size_t kReadSize = 256 * 1024; // small enough that what was read is still in the cache
-// Blocks for bytes beyond the size that the file was said to have: a pipe has none, others may grow.
+constexpr std::size_t kReadSize =
+    256 * 1024; // small enough that the bytes are still in the cache when they are looked at
+// Blocks for bytes beyond the size that fstat reported: a pipe has none, a file may grow.
 constexpr std::size_t kFirstExtraBlock = 64 * 1024;
 constexpr std::size_t kLastExtraBlock = 64 * 1024 * 1024;
 
@@ -63,18 +64,19 @@ class InputFile {
 // lies after the used part of the block.
 class Loader {
  public:
-  explicit Loader(std::size_t size_hint) : block_(Block::make(size_hint + 1)) {} // 1: to see the end in it
+  explicit Loader(std::size_t size_hint)
+      : block_(Block::make(size_hint + 1)) {} // 1 more: the read that finds the end needs space
 
   // Reads once: bytes read, or nothing on error.
   std::optional<std::size_t> read_from(InputFile& file) {
-    if (block_->room() == held()) next_block();
+    if (block_->free_space() == held_back()) next_block();
     const std::size_t begin = block_->used();
-    const std::size_t end = begin + held();
+    const std::size_t end = begin + held_back();
     const auto count = file.read_some(block_->data() + end, std::min(block_->capacity() - end, kReadSize));
     if (count && *count > 0) {
       last_byte_ = block_->data()[end + *count - 1];
-      block_->set_used(remove_returns(begin, end + *count - held()));
-      if (held() > 0) block_->data()[block_->used()] = '\r';
+      block_->set_used(remove_returns(begin, end + *count - held_back()));
+      if (held_back() > 0) block_->data()[block_->used()] = '\r';
       block_->extend_index();
     }
     return count;
@@ -88,7 +90,7 @@ class Loader {
   }
 
  private:
-  std::size_t held() const { return last_byte_ == '\r' ? 1 : 0; }
+  std::size_t held_back() const { return last_byte_ == '\r' ? 1 : 0; }
 
   // Removes the carriage returns before line feeds from [begin, end) of the block; the new end. The byte
   // after a carriage return is always known: a trailing one is held back, and lies at `end`.
@@ -132,14 +134,14 @@ class Loader {
     close_block();
     returns_ = false;
     block_ = Block::make(std::clamp(total_, kFirstExtraBlock, kLastExtraBlock));
-    if (held() > 0) block_->data()[0] = '\r';
+    if (held_back() > 0) block_->data()[0] = '\r';
   }
 
   BlockRef block_;
   LineStoreBuilder builder_;
-  std::size_t total_ = 0;         // bytes handed over
+  std::size_t total_ = 0;         // bytes in the blocks before this one
   std::optional<char> last_byte_; // that was read
-  bool returns_ = false;          // in this block, the held one aside
+  bool returns_ = false;          // in this block, except the one held back
 };
 
 std::optional<LoadedText> load_from(InputFile& file) {

@@ -37,7 +37,7 @@ namespace {
 
 int height_of(const NodeRef& tree) { return tree ? tree->height : 0; }
 
-// Siblings may differ in height by two: half the rotations of a strict tree, hardly any more depth.
+// Siblings may differ in height by two, in an AVL tree by one: half the rotations, hardly more depth.
 constexpr int kSlack = 2;
 
 NodeRef make_node(NodeRef left, Piece middle, NodeRef right) {
@@ -63,13 +63,13 @@ NodeRef balance(const NodeRef& left, Piece middle, const NodeRef& right) {
   return make_node(left, std::move(middle), right);
 }
 
-// The tree without its first piece, which goes to `first`.
-NodeRef take_first(const NodeRef& tree, Piece& first) {
+// The tree without its first piece, which is moved to `first`.
+NodeRef remove_first(const NodeRef& tree, Piece& first) {
   if (!tree->left) {
     first = tree->piece;
     return tree->right;
   }
-  return balance(take_first(tree->left, first), tree->piece, tree->right);
+  return balance(remove_first(tree->left, first), tree->piece, tree->right);
 }
 
 } // namespace
@@ -95,7 +95,7 @@ NodeRef concat(const NodeRef& left, const NodeRef& right) {
   if (!left) return right;
   if (!right) return left;
   Piece first;
-  const NodeRef rest = take_first(right, first);
+  const NodeRef rest = remove_first(right, first);
   const PlacedPiece last = piece_at(left, left->bytes - 1);
   Piece both = *last.piece;
   if (both.absorb(first)) return join(prefix(left, last.start), std::move(both), rest);
@@ -146,11 +146,12 @@ NodeRef with_piece_at(const NodeRef& tree, std::uint64_t offset, Piece piece) {
   return make_node(tree->left, std::move(piece), tree->right);
 }
 
-NodeRef with_literals_plain(const NodeRef& tree) {
+NodeRef with_literals_as_breaks(const NodeRef& tree) {
   if (!tree || !tree->literal) return tree;
   Piece piece = tree->piece;
   if (piece.literal) piece = Piece(piece.block, piece.start, piece.end(), false);
-  return make_node(with_literals_plain(tree->left), std::move(piece), with_literals_plain(tree->right));
+  return make_node(with_literals_as_breaks(tree->left), std::move(piece),
+                   with_literals_as_breaks(tree->right));
 }
 
 std::uint64_t breaks_before(const NodeRef& tree, std::uint64_t offset) {

@@ -19,20 +19,19 @@ struct Piece {
   bool returns = false; // false: no carriage return stands in it
 
   Piece() = default;
-  Piece(BlockRef of, std::uint64_t begin, std::uint64_t end,
-        bool is_literal); // counts and looks at the bytes
+  Piece(BlockRef of, std::uint64_t begin, std::uint64_t end, bool is_literal); // reads the bytes
 
   std::uint64_t end() const { return start + length; }
   std::string_view bytes() const { return block->view(start, length); }
   Piece part(std::uint64_t from, std::uint64_t to) const; // from < to, relative to the piece
-  bool absorb(const Piece& next); // takes it over where it goes on in the same block, else false
+  bool absorb(const Piece& next); // appends one that continues this one in its block; false: it does not
 };
 
 struct Node;
 using NodeRef = Ref<const Node>;
 
-// A node of a height-balanced tree of pieces, in the order of the text. Nodes never change: an edit makes new
-// ones along one path and shares the rest. The null reference is the empty tree.
+// A node of a height-balanced tree of pieces, in the order of the text. Nodes are immutable: an edit copies
+// the nodes of one path and shares the rest. The null reference is the empty tree.
 struct Node {
   Node(NodeRef l, Piece p, NodeRef r);
 
@@ -68,7 +67,7 @@ PlacedPiece piece_at(const NodeRef& tree, std::uint64_t offset);
 
 // The tree with `piece` in place of the one that holds the byte at `offset`.
 NodeRef with_piece_at(const NodeRef& tree, std::uint64_t offset, Piece piece);
-NodeRef with_literals_plain(const NodeRef& tree); // literal pieces count their line feeds as breaks
+NodeRef with_literals_as_breaks(const NodeRef& tree); // literal pieces become ordinary ones
 
 std::uint64_t breaks_before(const NodeRef& tree, std::uint64_t offset);   // offset at most the size
 std::uint64_t offset_after_break(const NodeRef& tree, std::uint64_t nth); // nth counts from 0, must exist

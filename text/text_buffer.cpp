@@ -13,7 +13,7 @@ using zan::Position;
 
 namespace {
 
-constexpr std::size_t kCacheful = 64 * 1024;     // bytes that are looked at several times while they are near
+constexpr std::size_t kCacheful = 64 * 1024; // bytes that stay in the cache while they are read several times
 constexpr std::uint64_t kAnyColumn = UINT64_MAX; // beyond every column
 
 // The lines of `text` without one carriage return at each line's end.

@@ -12,7 +12,7 @@ void push_capped(std::deque<Editor::UndoSnapshot>& history, Editor::UndoSnapshot
   if (history.size() > kMaxHistory) history.pop_front();
 }
 
-Editor::UndoSnapshot take_newest(std::deque<Editor::UndoSnapshot>& history) {
+Editor::UndoSnapshot pop_newest(std::deque<Editor::UndoSnapshot>& history) {
   Editor::UndoSnapshot snapshot = std::move(history.back());
   history.pop_back();
   return snapshot;
@@ -32,7 +32,7 @@ bool Editor::undo_last(bool verbose) {
     return false;
   }
   push_capped(redo_stack, capture_snapshot());
-  restore_snapshot(take_newest(undo_stack));
+  restore_snapshot(pop_newest(undo_stack));
   status_message = "UNDO";
   say(verbose, "Undo completed\n");
   return true;
@@ -45,7 +45,7 @@ bool Editor::redo_last(bool verbose) {
     return false;
   }
   push_capped(undo_stack, capture_snapshot());
-  restore_snapshot(take_newest(redo_stack));
+  restore_snapshot(pop_newest(redo_stack));
   status_message = "REDO";
   say(verbose, "Redo completed\n");
   return true;
