@@ -23,19 +23,19 @@ std::optional<std::string> line_to_go_to(std::string_view word, const LineContex
   return std::to_string(*row + 1);
 }
 
-bool match_exact_form(std::string_view text, ParsedCommand& command) {
-  if (text.size() > kLongestForm) return false;
-  const std::string line = upper(text);
-  const auto row = std::ranges::lower_bound(exact_forms(), line, {}, &ExactForm::line);
-  if (row == exact_forms().end() || row->line != line) return false;
+// ---- the forms; `start` is the line's start in upper case, as long as a form can be
+
+bool match_exact_form(std::string_view start, ParsedCommand& command) {
+  const auto row = std::ranges::lower_bound(exact_forms(), start, {}, &ExactForm::line);
+  if (row == exact_forms().end() || row->line != start) return false;
   command.key = row->key;
   command.arg = row->arg;
   return true;
 }
 
-bool match_prefix_form(std::string_view text, ParsedCommand& command) {
+bool match_prefix_form(std::string_view text, std::string_view start, ParsedCommand& command) {
   for (const PrefixForm& row : prefix_forms()) {
-    if (!starts_with_ci(text, row.prefix)) continue;
+    if (!start.starts_with(row.prefix)) continue;
     command.key = row.key;
     command.arg = trim(text.substr(row.prefix.size()));
     return true;
@@ -43,27 +43,30 @@ bool match_prefix_form(std::string_view text, ParsedCommand& command) {
   return false;
 }
 
-// The key that has these words; "" when one of them holds a dash, as a key that was typed does.
-std::string key_of(std::string_view words) {
-  if (words.find('-') != std::string_view::npos) return "";
-  std::string key = upper(words);
+// Whether the words are a key's own, which may stand in that form. A dash in them is not one of the key's.
+bool match_key(std::string_view words, KeyForm wanted, KeyFormLookup form_of, ParsedCommand& command) {
+  if (words.find('-') != std::string_view::npos) return false;
+  std::string key(words);
   std::ranges::replace(key, ' ', '-');
-  return key;
+  const KeyForm form = form_of(key);
+  if (form != wanted && form != KeyForm::either) return false;
+  command.key = std::move(key);
+  return true;
 }
 
-// The most words at the start of the line that are a key's.
-bool match_key(std::string_view text, KeyFormLookup form_of, ParsedCommand& command) {
-  std::size_t end = text.size() <= kLongestForm ? text.size() : text.rfind(' ', kLongestForm);
-  for (; end != std::string_view::npos && end > 0; end = text.rfind(' ', end - 1)) {
-    std::string key = key_of(text.substr(0, end));
-    const KeyForm form = form_of(key);
-    if (form != KeyForm::either && form != (end == text.size() ? KeyForm::alone : KeyForm::argument))
-      continue;
-    command.key = std::move(key);
-    command.arg = trim(text.substr(end));
-    return true;
-  }
-  return false;
+bool match_key_alone(std::string_view start, KeyFormLookup form_of, ParsedCommand& command) {
+  return start.find(' ') != std::string_view::npos && match_key(start, KeyForm::alone, form_of, command);
+}
+
+bool match_key_with_argument(std::string_view text, std::string_view start, KeyFormLookup form_of,
+                             ParsedCommand& command) {
+  const std::size_t first = start.find(' ');
+  if (first == std::string_view::npos) return false;
+  const std::size_t second = start.find(' ', first + 1);
+  if (second == std::string_view::npos) return false;
+  if (!match_key(start.substr(0, second), KeyForm::argument, form_of, command)) return false;
+  command.arg = trim(text.substr(second));
+  return true;
 }
 
 // "SUBSTITUTE ALL text" is a command of its own. ALL is a whole word here: "SUBSTITUTE ALLSO" has an
@@ -90,12 +93,15 @@ ParsedCommand parse_command(std::string_view line, const LineContext& context, K
       return command;
     }
   }
-  if (match_exact_form(text, command)) return command;
-  if (match_prefix_form(text, command)) {
+  const std::string start = upper(text.substr(0, kLongestForm));
+  if (start.size() == text.size() &&
+      (match_exact_form(start, command) || match_key_alone(start, form_of, command)))
+    return command;
+  if (match_prefix_form(text, start, command)) {
     tell_substitute_all(command);
     return command;
   }
-  if (match_key(text, form_of, command)) return command;
+  if (match_key_with_argument(text, start, form_of, command)) return command;
   command.key = upper(first);
   command.arg = trim(text.substr(first.size()));
   return command;

@@ -88,6 +88,7 @@ constexpr auto kPrefixes = std::to_array<PrefixForm>({
 
 static_assert(std::ranges::is_sorted(kAliases, {}, &ExactForm::line));
 static_assert(std::ranges::all_of(kAliases, [](auto row) { return row.line.size() <= kLongestForm; }));
+static_assert(std::ranges::all_of(kPrefixes, [](auto row) { return row.prefix.size() <= kLongestForm; }));
 
 } // namespace
 

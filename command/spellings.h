@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <span>
 #include <string_view>
@@ -26,9 +27,14 @@ struct PrefixForm {
 enum class KeyForm {
   unspelled, // the words do not stand for the key; other spellings do
   alone,     // nothing: "DEL L"
-  argument,  // an argument: "SET TAB 4"
+  argument,  // an argument, behind two words: "SET TAB 4"
   either,    // an argument or nothing: "SHOW KEY"
 };
+
+// Whether the key's words may stand in that form.
+constexpr bool suits(std::string_view key, KeyForm form) {
+  return form == KeyForm::unspelled || form == KeyForm::alone || std::ranges::count(key, '-') == 1;
+}
 
 // The form of a key in upper case; `unspelled` for what is no key.
 using KeyFormLookup = KeyForm (*)(std::string_view key);

@@ -148,6 +148,8 @@ constexpr auto kCommands = [] {
   return rows;
 }();
 
+static_assert(std::ranges::all_of(kCommands, [](auto row) { return zan::suits(row.key, row.form); }));
+
 const Command* find_command_row(std::string_view key) {
   const auto found = std::ranges::lower_bound(kCommands, key, {}, &Command::key);
   return found != kCommands.end() && found->key == key ? &*found : nullptr;

@@ -326,6 +326,7 @@ constexpr auto kOtherSettings = std::to_array<OtherSetting>({
 });
 
 static_assert(std::ranges::is_sorted(kOtherSettings, {}, &OtherSetting::key));
+static_assert(std::ranges::all_of(kOtherSettings, [](auto row) { return zan::suits(row.key, row.form); }));
 
 const OtherSetting* find_other(std::string_view key) {
   const auto row = std::ranges::lower_bound(kOtherSettings, key, {}, &OtherSetting::key);

@@ -12,7 +12,7 @@ namespace {
 zan::KeyForm form_of(std::string_view key) {
   using enum zan::KeyForm;
   if (key == "SHOW-KEY") return either;
-  if (key == "SET-TAB" || key == "SET-ENTITY" || key == "SET-ONE-TWO") return argument;
+  if (key == "SET-TAB" || key == "SET-ENTITY") return argument;
   return key == "SET-NUMBERS" || key == "SET-MODE-LINE" ? alone : unspelled;
 }
 
@@ -61,8 +61,6 @@ TEST(Parser, LinesThatNeedCare) {
       {"SET-NUMBERS 1", "SET-NUMBERS|1"},
       {"set mode line", "SET-MODE-LINE|"},
       {"SET-MODE LINE", "SET-MODE|LINE"},
-      {"SET one two  Three", "SET-ONE-TWO|Three"},
-      {"SET ONE TWO", "SET|ONE TWO"},
       {"SET TAB -4", "SET-TAB|-4"},
       {"SET TAB\t4", "SET|TAB\t4"},
       {"SHOW KEY", "SHOW-KEY|"},
