@@ -105,7 +105,7 @@ def check_all_have_letters():
     """Every function of the keyboard's table that a command can do has a letter."""
     others = [ENTER, GOLD + KP["0"], GOLD + KP["3"], GOLD + KP["7"]]
     names = {"Minus": "-", "Comma": ",", "Period": "."}
-    rows = re.findall(r"\{zan::kKp(\w+), ", read_text(os.path.join(SAMPLES, "..", "..", "screen", "keyboard.cpp")))
+    rows = re.findall(r"\{zan::kKp(\w+), ", read_text(os.path.join(SAMPLES, "..", "..", "screen", "members", "keyboard.cpp")))
     pad = [ENTER if name == "Enter" else KP[names.get(name, name)] for name in rows]
     covered = [keys for _, keys, _ in LETTERS] + others
     if sorted(covered) != sorted(pad + [GOLD + key for key in pad]):
