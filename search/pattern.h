@@ -85,8 +85,8 @@ class Pattern {
                               std::size_t last) const;
   std::size_t last_candidate(const Segment& segment, std::string_view line, std::size_t first,
                              std::size_t at) const;
-  std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from,
-                        std::size_t stop) const;
+  std::size_t first_fit(const Segment& segment, std::string_view line, std::size_t from, std::size_t stop,
+                        Abort& abort) const;
   std::size_t last_fit(const Segment& segment, std::string_view line, std::size_t limit, Abort& abort) const;
   std::optional<std::size_t> match_tail(std::string_view line, std::size_t from, Abort& abort) const;
 
