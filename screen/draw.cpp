@@ -63,7 +63,7 @@ CharacterWidth character_width() {
 void show_picture(const Picture& picture) {
   const ScopedLocale locale(users_locale());
   for (std::size_t i = 0; i < picture.rows.size(); ++i) put_row(static_cast<int>(i), picture.rows[i]);
-  if (picture.cursor) wmove(stdscr, picture.cursor->row, picture.cursor->column);
+  wmove(stdscr, picture.cursor.row, picture.cursor.column);
   wrefresh(stdscr);
 }
 

@@ -35,6 +35,7 @@ class RowCells {
     do put(" ", reverse);
     while (column_ % kTabStop != 0 && column_ < columns_);
   }
+  std::size_t column() const { return column_; }
   void to_start() { column_ = 0; }
   void back() { column_ -= column_ > 0 ? 1 : 0; }
 
@@ -129,19 +130,42 @@ std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row, std::uint6
 }
 
 // A text of the program's own, in which characters stand side by side.
-std::vector<Run> plain_runs(const ScreenView& view, std::string_view text) {
-  if (is_ascii(text)) return ascii_runs(text, 0, 0, view.columns);
-  RowCells cells(view.columns);
+void put_plain(RowCells& cells, std::string_view text, CharacterWidth width, bool reverse) {
   while (!text.empty()) {
-    const auto [code, length] = view.width != nullptr ? utf8_character(text) : Utf8Character{};
-    const int wide = length > 0 ? view.width(code) : 0;
+    const auto [code, length] = width != nullptr ? utf8_character(text) : Utf8Character{};
+    const int wide = length > 0 ? width(code) : 0;
     const auto columns = static_cast<std::size_t>(std::max(wide, 0));
-    if (wide > 0 && cells.put_wide(text.substr(0, length), columns, columns, false)) {
+    if (wide > 0 && cells.put_wide(text.substr(0, length), columns, columns, reverse)) {
       text.remove_prefix(length);
     } else {
-      put_byte(cells, text.front(), view.width != nullptr, false);
+      put_byte(cells, text.front(), width != nullptr, reverse);
       text.remove_prefix(1);
     }
+  }
+}
+
+struct PlainText {
+  std::vector<Run> runs;
+  std::size_t end = 0; // the column behind its last byte
+};
+
+PlainText plain_text(const ScreenView& view, std::string_view text) {
+  if (is_ascii(text)) {
+    const auto room = static_cast<std::size_t>(std::max(view.columns, 0));
+    return {ascii_runs(text, 0, 0, view.columns), std::min(text.size(), room)};
+  }
+  RowCells cells(view.columns);
+  put_plain(cells, text, view.width, false);
+  return {cells.runs(), cells.column()};
+}
+
+// `above` written over `below`, of which the rest stays.
+std::vector<Run> overwrite(const ScreenView& view, const std::vector<Run>& below,
+                           const std::vector<Run>& above) {
+  RowCells cells(view.columns);
+  for (const auto* runs : {&below, &above}) {
+    cells.to_start();
+    for (const Run& run : *runs) put_plain(cells, run.text, view.width, run.reverse);
   }
   return cells.runs();
 }
@@ -152,6 +176,7 @@ std::pair<int, int> cursor_band(const ScreenView& view) {
   int low = view.top_margin > 0 ? view.top_margin - 1 : 0;
   int high = view.bottom_margin > 0 ? view.bottom_margin - 1 : rows - 1;
   if (view.top_margin > 0 || view.bottom_margin > 0) {
+    low = std::min(low, rows - 1);
     high = std::min(high, rows - 1);
     if (low > high) std::swap(low, high);
   }
@@ -200,7 +225,10 @@ Picture make_picture(const ScreenView& view) {
   Picture picture;
   picture.rows.resize(static_cast<std::size_t>(std::max(view.rows, 0)));
   const auto put = [&](int row, std::vector<Run> runs) {
-    if (row >= 0 && row < view.rows) picture.rows[static_cast<std::size_t>(row)] = std::move(runs);
+    if (row < 0 || row >= view.rows) return;
+    std::vector<Run>& shown = picture.rows[static_cast<std::size_t>(row)];
+    // Of a very low terminal some rows are drawn twice.
+    shown = shown.empty() ? std::move(runs) : overwrite(view, shown, runs);
   };
   const std::uint64_t lines = view.text.line_count();
   std::uint64_t row = view.corner.top_row;
@@ -211,13 +239,16 @@ Picture make_picture(const ScreenView& view) {
       put(i, line_runs(view, row, start, end - start));
       start = end + 1;
     } else if (row == lines) {
-      put(i, plain_runs(view, "[EOB]"));
+      put(i, plain_text(view, "[EOB]").runs);
     }
   }
-  put(view.rows - 3, plain_runs(view, std::string(static_cast<std::size_t>(std::max(view.columns, 1)), '-')));
-  put(view.rows - 2, plain_runs(view, view.status));
-  put(view.rows - 1, plain_runs(view, view.message));
-  picture.cursor = cursor_cell(view);
+  const std::string separator(static_cast<std::size_t>(std::max(view.columns, 1)), '-');
+  put(view.rows - 3, plain_text(view, separator).runs);
+  put(view.rows - 2, plain_text(view, view.status).runs);
+  PlainText message = plain_text(view, view.message);
+  put(view.rows - 1, std::move(message.runs));
+  const ScreenCell behind_message{view.rows - 1, std::min(static_cast<int>(message.end), view.columns - 1)};
+  picture.cursor = cursor_cell(view).value_or(behind_message);
   return picture;
 }
 

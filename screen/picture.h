@@ -29,7 +29,7 @@ struct ScreenCell {
 
 struct Picture {
   std::vector<std::vector<Run>> rows;
-  std::optional<ScreenCell> cursor; // nothing when its place is not on the screen
+  ScreenCell cursor; // behind the message when its own place is not on the screen
   bool operator==(const Picture&) const = default;
 };
 

@@ -89,6 +89,9 @@ TEST(Picture, CornerFollowsTheCursor) {
     EXPECT_EQ(corner({13, 0}, {10, 0}), (Corner{9, 0})) << "above it";
     EXPECT_EQ(corner({3, 0}, {10, 0}), (Corner{0, 0})) << "above it, near the top";
   }
+  view.rows = 6; // of which three are text: the band is the lowest of them
+  EXPECT_EQ(corner({9, 0}, {2, 0}), (Corner{7, 0}));
+  EXPECT_EQ(corner({9, 0}, {9, 0}), (Corner{7, 0}));
 }
 
 TEST(Picture, RowsOfTheScreen) {
@@ -111,6 +114,28 @@ TEST(Picture, RowsOfTheScreen) {
   EXPECT_EQ(rows_of(view),
             (Rows{"3 {wo} is lo", "4 hree", "", "", "", "----------", "status lin", "message"}));
   EXPECT_EQ(zan::make_picture(view).cursor, (zan::ScreenCell{0, 4}));
+
+  EXPECT_EQ((view.cursor = {1, 0}, zan::make_picture(view).cursor), (zan::ScreenCell{7, 7}));
+  view.message = "longer than the row";
+  EXPECT_EQ(zan::make_picture(view).cursor, (zan::ScreenCell{7, 9}));
+
+  // Rows of a very low terminal, each drawn over what is above it in the list.
+  view.text = zan::LineStore::from_text("t\xe4\xb8\xad |xyz");
+  view.selection = {{0, 5}, {0, 7}};
+  view.corner = {};
+  view.columns = 12;
+  view.line_numbers = false;
+  view.status = "stat";
+  view.message = "m\xc3\xa9";
+  view.width = width_of;
+  view.rows = 1;
+  EXPECT_EQ(rows_of(view), (Rows{"m\xc3\xa9   {|x}yz"})) << "no half of a character is left";
+  view.message = "";
+  EXPECT_EQ(rows_of(view), (Rows{"t\xe4\xb8\xad  {|x}yz"}));
+  view.rows = 2;
+  EXPECT_EQ(rows_of(view), (Rows{"stat {|x}yz", ""}));
+  view.rows = 3;
+  EXPECT_EQ(rows_of(view), (Rows{"------------", "stat", ""}));
 
   for (view.rows = 0; view.rows < 5; ++view.rows)
     for (view.columns = 0; view.columns < 4; ++view.columns)
