@@ -251,11 +251,12 @@ std::size_t Pattern::last_fit(const Segment& segment, std::string_view line, std
   if (limit < segment.length || (segment.at_end && limit < line.size())) return kNone;
   const std::size_t last = limit - segment.length;
   const std::size_t first = segment.at_end ? last : 0;
-  for (std::size_t at = last;; --at) {
+  for (std::size_t at = last; abort == 0; --at) {
     at = last_candidate(segment, line, first, at);
     if (at == kNone || fits(segment, line, at)) return at;
-    if (at == first || abort != 0) return kNone;
+    if (at == first) break;
   }
+  return kNone;
 }
 
 std::optional<std::size_t> Pattern::find_backward(std::string_view line, std::size_t limit,

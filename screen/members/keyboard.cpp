@@ -329,7 +329,8 @@ std::string Editor::key_debug_name(int key) const {
   if (key >= 1 && key <= 26) return zan::key_description(std::string("^") + static_cast<char>(key + 64), key);
   if (zan::is_printable(key))
     return zan::key_description(std::string("'") + static_cast<char>(key) + "'", key);
-  const char* name = keyname(key);
+  // The library takes the name of any key with the code of those without a meaning.
+  const char* name = key != zan::kIgnored ? keyname(key) : nullptr;
   return zan::key_description(name != nullptr ? name : "?", key);
 }
 

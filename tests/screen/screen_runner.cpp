@@ -3,6 +3,7 @@
 // and "three". Escapes are those of C, and \e is ESC.
 //
 //   text BYTES, startup BYTES    before all else: other text, commands of the startup file
+//   option WORD                  of the command line, before all else
 //   size ROWS COLUMNS            of the terminal, before the start or from now on
 //   keys BYTES                   typed
 //   shows TEXT                   it comes to stand somewhere
@@ -42,6 +43,7 @@ class Visit {
   bool prepare(const std::string& word, const std::string& rest) {
     if (word == "text") options_.text = unescape(rest);
     else if (word == "startup") options_.startup = unescape(rest);
+    else if (word == "option") options_.option = rest;
     else if (word == "size") std::istringstream(rest) >> options_.rows >> options_.columns;
     else return false;
     return true;

@@ -84,15 +84,15 @@ void become_job() {
       "HOME=" + home, "PATH=" + home + ":/usr/bin:/bin", "LC_ALL=C.UTF-8",
       "ASAN_OPTIONS=detect_leaks=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0"};
   if (options.term) variables.push_back("TERM=" + *options.term);
-  std::vector<char*> environment;
-  for (std::string& variable : variables) environment.push_back(variable.data());
-  environment.push_back(nullptr);
-  std::vector<std::string> words{"zan", "notes.txt"};
-  words.insert(words.end(), options.arguments.begin(), options.arguments.end());
-  std::vector<char*> arguments;
-  for (std::string& word : words) arguments.push_back(word.data());
-  arguments.push_back(nullptr);
-  if (chdir(home.c_str()) == 0) execve(ZAN_PROGRAM, arguments.data(), environment.data());
+  std::vector<std::string> arguments{"zan", "notes.txt"};
+  arguments.insert(arguments.end(), options.arguments.begin(), options.arguments.end());
+  const auto pointers = [](std::vector<std::string>& texts) {
+    std::vector<char*> to;
+    for (std::string& text : texts) to.push_back(text.data());
+    to.push_back(nullptr);
+    return to;
+  };
+  if (chdir(home.c_str()) == 0) execve(ZAN_PROGRAM, pointers(arguments).data(), pointers(variables).data());
   _exit(127);
 }
 
