@@ -25,6 +25,7 @@
 #include "screen/key_sequences.h"
 #include "screen/keys.h"
 #include "screen/output_locale.h"
+#include "screen/terminal_description.h"
 
 bool g_curses_active = false;
 
@@ -68,6 +69,7 @@ class CrashExit {
     sigaltstack(&stack, nullptr);
   }
 
+  void forget_sequences() { size_ = 0; }
   // To be sent as it is, without the waits that the library makes.
   void add(std::string_view sequence) {
     for (std::size_t wait = 0; (wait = sequence.find("$<")) != std::string_view::npos;) {
@@ -125,9 +127,11 @@ class ScreenSignals {
       handle(kSignals[i], give_back_and_crash, SA_ONSTACK | static_cast<int>(SA_RESETHAND));
     }
   }
-  void resume_library() const { sigaction(SIGTSTP, &library_, nullptr); }
+  void resume_library() const {
+    if (library_) sigaction(SIGTSTP, &*library_, nullptr);
+  }
   void give_back() {
-    sigaction(SIGTSTP, nullptr, &library_);
+    sigaction(SIGTSTP, nullptr, &library_.emplace());
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &outside_[i], nullptr);
   }
 
@@ -135,13 +139,14 @@ class ScreenSignals {
   static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGCONT, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL};
   static constexpr std::size_t kFirstCrash = 3;
   std::array<struct sigaction, kSignals.size()> outside_{};
-  struct sigaction library_ {};
+  std::optional<struct sigaction> library_; // nothing before its first start
 };
 
-// The one owner of the terminal. The library is started once and afterwards suspended and resumed, so that
-// any number of visits costs no memory.
+// The one owner of the terminal. The library is started once for a kind of terminal and afterwards suspended
+// and resumed, so that any number of visits costs no memory.
 struct Room {
-  bool started = false;
+  SCREEN* screen = nullptr;     // null before the first visit
+  std::string terminal;         // the name for which it was started
   int visits = 0;               // one inside the other
   bool own_numeric_mode = true; // the library does not send ESC ">" itself
   ScreenSignals signals;
@@ -182,26 +187,9 @@ void suspend_unseen() {
   dup2(terminal.get(), STDOUT_FILENO);
 }
 
-bool start_library() {
-  room().signals.set_aside();
-  const ScopedLocale locale(unicode_locale());
-  SCREEN* screen = newterm(nullptr, stdout, stdin);
-  if (screen == nullptr || capability("cup").empty()) {
-    if (screen != nullptr) {
-      endwin();
-      delscreen(screen);
-    }
-    room().signals.give_back();
-    return false;
-  }
-  suspend_unseen();
-  set_modes();
-  repair_key_sequences();
-  room().own_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
-  for (const char* name : {"sgr0", "rmcup", "rmkx"}) crash_exit().add(capability(name));
-  if (room().own_numeric_mode) crash_exit().add("\033>");
-  room().started = true;
-  return true;
+std::string terminal_name() {
+  const char* name = std::getenv("TERM");
+  return name != nullptr ? name : "";
 }
 
 // The library's own rule: a size in the environment holds.
@@ -211,15 +199,69 @@ int size_or_environment(int size, const char* variable) {
   return wanted > 0 ? wanted : size;
 }
 
+// 0 for what is not known.
+ScreenSize terminal_size() {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) size = {};
+  return {size_or_environment(size.ws_row, "LINES"), size_or_environment(size.ws_col, "COLUMNS")};
+}
+
+// The library counts rows and columns in short integers, and keeps some hundred bytes for every cell.
+ScreenSize within_limits(ScreenSize size) {
+  constexpr int kLargest = 32767;
+  constexpr int kMostCells = 4 << 20;
+  size.columns = std::min(size.columns, kLargest);
+  size.rows = std::min({size.rows, kLargest, kMostCells / std::max(size.columns, 1)});
+  return size;
+}
+
 // Takes over the terminal's size; false when it is still the same.
 bool adopt_size() {
-  winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return false;
-  const int rows = size_or_environment(size.ws_row, "LINES");
-  const int columns = size_or_environment(size.ws_col, "COLUMNS");
+  const auto [rows, columns] = within_limits(terminal_size());
   if (rows <= 0 || columns <= 0 || !is_term_resized(rows, columns)) return false;
-  resize_term(rows, columns);
+  if (resize_term(rows, columns) == ERR) return false;
   screen_repaint();
+  return true;
+}
+
+// False when there is no screen of the library for such a terminal.
+bool start_screen() {
+  Room& the = room();
+  const ScopedLocale locale(unicode_locale());
+  // The library would ask for the size itself and crash. It gets another one when it has started.
+  if (const ScreenSize size = terminal_size(); size != within_limits(size)) use_env(FALSE);
+  the.screen = newterm(nullptr, stdout, stdin);
+  if (the.screen == nullptr) return false;
+  if (!capability("cup").empty()) return true;
+  endwin();
+  delscreen(std::exchange(the.screen, nullptr));
+  return false;
+}
+
+// For the terminal that TERM names. A screen for another one goes before, since the library deletes the
+// windows of all its screens with one of them; but it stays where a new one could not be.
+bool start_library() {
+  Room& the = room();
+  if (the.screen != nullptr) {
+    if (!described_for_a_screen()) return false;
+    delscreen(std::exchange(the.screen, nullptr));
+  }
+  the.signals.set_aside();
+  the.signals.resume_library();
+  if (!start_screen()) {
+    the.signals.give_back();
+    return false;
+  }
+  the.terminal = terminal_name();
+  suspend_unseen();
+  set_modes();
+  repair_key_sequences();
+  the.own_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
+  crash_exit().forget_sequences();
+  for (const char* name : {"sgr0", "rmcup", "rmkx"}) crash_exit().add(capability(name));
+  if (the.own_numeric_mode) crash_exit().add("\033>");
+  blank_window();
+  adopt_size();
   return true;
 }
 
@@ -235,7 +277,7 @@ void resume_library() {
 
 // The keypad's application mode is for a terminal that the library could be started on.
 bool enter() {
-  if (room().started) {
+  if (room().screen != nullptr && room().terminal == terminal_name()) {
     write_fully(STDOUT_FILENO, "\033=");
     resume_library();
   } else {
@@ -246,11 +288,7 @@ bool enter() {
   return true;
 }
 
-void report_failure() {
-  const char* name = std::getenv("TERM");
-  write_fully(STDERR_FILENO,
-              std::string("?Cannot start screen mode: ") + (name != nullptr ? name : "") + "\n");
-}
+void report_failure() { write_fully(STDERR_FILENO, "?Cannot start screen mode: " + terminal_name() + "\n"); }
 
 // Held back while a key is looked for, so that none can arrive between the look and the wait for input.
 class SignalPause {
@@ -320,21 +358,21 @@ std::optional<int> wait_for_key() {
 
 } // namespace
 
-bool screen_was_started() { return room().started; }
+bool screen_was_started() { return room().screen != nullptr; }
 
 ScreenSize screen_size() {
-  if (!room().started) return {};
+  if (!screen_was_started()) return {};
   return {getmaxy(stdscr), getmaxx(stdscr)};
 }
 
 void screen_beep() {
-  if (!room().started) return;
+  if (!screen_was_started()) return;
   ++room().events;
   beep();
 }
 
 void screen_flash() {
-  if (!room().started) return;
+  if (!screen_was_started()) return;
   ++room().events;
   flash();
 }

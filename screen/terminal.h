@@ -20,6 +20,7 @@ namespace zan {
 struct ScreenSize {
   int rows = 24;
   int columns = 80;
+  bool operator==(const ScreenSize&) const = default;
 };
 
 bool screen_was_started(); // the screen library has been started in this run
