@@ -39,7 +39,7 @@ void Editor::write_command(const std::string& arg, bool verbose) {
   }
   const bool other = !wanted.buffer.empty();
   if (other) save_current_buffer_state();
-  TextBuffer& source = other ? named_buffer(wanted.buffer) : current;
+  TextBuffer& source = other ? named_buffer(normalize_buffer_name(wanted.buffer)) : current;
   std::optional<LineRange> range;
   if (!wanted.range.empty()) {
     range = named_range(wanted.range, verbose, other ? &source : nullptr);

@@ -43,7 +43,7 @@ class Visit {
   bool prepare(const std::string& word, const std::string& rest) {
     if (word == "text") options_.text = unescape(rest);
     else if (word == "startup") options_.startup = unescape(rest);
-    else if (word == "option") options_.option = rest;
+    else if (word == "option") options_.arguments = {rest};
     else if (word == "size") std::istringstream(rest) >> options_.rows >> options_.columns;
     else return false;
     return true;
