@@ -2,6 +2,7 @@
 
 #include <csignal>
 #include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -38,6 +39,20 @@ class Editor : public EditorState {
 
    private:
     struct sigaction previous_ {};
+  };
+
+  // Whether what commands do not print goes to the message row instead, while it lives. It does for a command
+  // of the screen's "Command:" and of a user's key, but not for the keys of a visit inside that command.
+  class RowReports {
+   public:
+    RowReports(Editor& editor, bool on);
+    ~RowReports();
+    RowReports(const RowReports&) = delete;
+    RowReports& operator=(const RowReports&) = delete;
+
+   private:
+    Editor& editor_;
+    std::optional<std::string> outer_;
   };
 
   Editor(std::vector<std::string> files, std::optional<std::string> command_file,
@@ -92,6 +107,17 @@ class Editor : public EditorState {
   template <typename... Parts> void say(bool verbose, const Parts&... parts) {
     if (verbose) (console.write(parts), ...);
   }
+  // The same for a whole line, which the message row shows where commands report there.
+  template <typename... Parts> void tell(bool verbose, const Parts&... parts) {
+    say(verbose, parts..., "\n");
+    if (!verbose) show_on_row({parts...}, false);
+  }
+  // An error of a command that sets no status_message for it.
+  template <typename... Parts> void report(bool verbose, const Parts&... parts) {
+    say(verbose, parts..., "\n");
+    if (!verbose) show_on_row({parts...}, true);
+  }
+  void show_on_row(std::initializer_list<std::string_view> line, bool error);
   // One more line for a command that reads text: from standard input, or at a prompt while the screen is up.
   // `prompt` is shown when verbose. Nothing at the end of input.
   std::optional<std::string> read_text_line(std::string_view prompt, bool verbose);
@@ -219,6 +245,7 @@ class Editor : public EditorState {
   void adjust_view();
   std::string prompt_line(const std::string& prompt);
   void command_prompt();
+  void run_screen_command(const std::string& line); // of "Command:" or a user's key
   std::string expand_formfeed_display(std::string line) const;
 
   // ---- screen/: keys

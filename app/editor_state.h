@@ -108,8 +108,9 @@ struct EditorState {
   Text deleted_char;
   Text deleted_line;
   Text deleted_word;
-  std::string status_message; // bottom row of the screen
-  bool debug_keys = false;    // show the last key on the status line
+  std::string status_message;           // bottom row of the screen
+  std::optional<std::string> row_error; // the last one of a command that reports there; nothing: none does
+  bool debug_keys = false;              // show the last key on the status line
   std::string last_key_name;
   std::map<std::string, std::string> key_definitions;
   std::map<std::string, bool> macros;   // names of buffers that are macros

@@ -56,9 +56,9 @@ void Editor::quit_without_saving_now() {
 void Editor::do_save(bool verbose) {
   std::string path = resolve_write_path(current.filename());
   if (save_to_own_file(current, path)) {
-    say(verbose, "[Saved ", last_written_path, "]\n");
+    tell(verbose, "[Saved ", last_written_path, "]");
   } else {
-    say(verbose, "?Unable to save ", current.filename(), "\n");
+    report(verbose, "?Unable to save ", current.filename());
     report_unsaved_copy();
   }
 }

@@ -85,6 +85,7 @@ void Editor::run_command_file(const std::string& path, bool verbose) {
   }
   if (!content) {
     if (verbose) console.write_error("?Unable to open command file " + path + "\n");
+    else report(verbose, "?Unable to open command file ", path);
     return;
   }
   ++nesting_depth;

@@ -6,14 +6,14 @@
 void Editor::copy_move_command(const std::string& arg, bool move, bool verbose) {
   const auto sides = zan::cut_at(arg, " TO ");
   if (!sides) {
-    say(verbose, "?Syntax: ", move ? "MOVE" : "COPY", " range TO =buffer\n");
+    report(verbose, "?Syntax: ", move ? "MOVE" : "COPY", " range TO =buffer");
     return;
   }
   const auto range = named_range(zan::trim(sides->before), verbose);
   if (!range) return;
   const std::string name = normalize_buffer_name(sides->after);
   if (name.empty()) {
-    say(verbose, "?Missing destination buffer\n");
+    report(verbose, "?Missing destination buffer");
     return;
   }
   save_current_buffer_state();
@@ -55,7 +55,7 @@ void Editor::include_file_command(const std::string& arg, bool verbose) {
   const auto loaded = zan::load_file(path, nullptr, g_zan_abort_requested);
   if (check_abort(verbose)) return;
   if (!loaded) {
-    say(verbose, "?Unable to open include file ", path, "\n");
+    report(verbose, "?Unable to open include file ", path);
     return;
   }
   const std::uint64_t count = loaded->line_count();
@@ -66,12 +66,12 @@ void Editor::include_file_command(const std::string& arg, bool verbose) {
 void Editor::retain_command(const std::string& arg, bool verbose) {
   const std::string target = trim(arg);
   if (target.empty()) {
-    say(verbose, "?RETAIN / STORE TEXT requires =buffer\n");
+    report(verbose, "?RETAIN / STORE TEXT requires =buffer");
     return;
   }
   const std::string name = normalize_buffer_name(target);
   if (name.empty()) {
-    say(verbose, "?Missing destination buffer\n");
+    report(verbose, "?Missing destination buffer");
     return;
   }
   LineRange range = sticky_range.value_or(LineRange{cursor_row, cursor_row});

@@ -86,7 +86,7 @@ bool type_lines(Editor& editor, std::uint64_t first, std::uint64_t last, bool br
 Editor::CommandResult Editor::goto_line(const std::string& arg, bool verbose) {
   const auto number = zan::parse_digits(arg);
   if (!number) {
-    say(verbose, "?Invalid line number: ", arg, "\n");
+    report(verbose, "?Invalid line number: ", arg);
     return CommandResult::Error;
   }
   if (*number > 0) {
@@ -113,15 +113,16 @@ void Editor::type_range(const LineRange& range, bool brief, int width) {
 }
 
 void Editor::type_command(const ParsedCommand& command, bool verbose) {
-  if (!verbose) return;
+  if (!verbose && !row_error) return;
   const AbortGuard guard;
   const bool brief = command.quals.brief;
   const int width = command.quals.brief_width;
-  if (!zan::trim(command.arg).empty()) {
-    if (const auto range = named_range(command.arg, verbose)) type_range(*range, brief, width);
-  } else if (sticky_range) {
-    type_range(*sticky_range, brief, width);
-  } else {
+  const bool named = !zan::trim(command.arg).empty();
+  const auto range = named ? named_range(command.arg, verbose) : sticky_range;
+  if (named && !range) return;
+  if (verbose && range) {
+    type_range(*range, brief, width);
+  } else if (verbose) {
     type_current_line(brief, width);
   }
   check_abort(verbose);
@@ -278,7 +279,7 @@ std::optional<Editor::LineRange> Editor::named_range(std::string_view text, bool
                                                      const TextBuffer* other) {
   const auto range =
       other == nullptr ? parse_line_range(text) : zan::parse_number_range(text, other->line_count());
-  if (!range) say(verbose, "?Invalid range: ", text, "\n");
+  if (!range) report(verbose, "?Invalid range: ", text);
   return range;
 }
 

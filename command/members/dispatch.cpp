@@ -166,7 +166,7 @@ Editor::CommandResult Editor::dispatch_command(const std::string& line, const Qu
   const Command* row = find_command_row(command.key);
   if (row != nullptr && row->changes) {
     if (read_only) {
-      say(verbose, "?Buffer is read-only\n");
+      report(verbose, "?Buffer is read-only");
       return CommandResult::Error;
     }
     begin_undo_unit();
@@ -175,7 +175,7 @@ Editor::CommandResult Editor::dispatch_command(const std::string& line, const Qu
   if (const auto result = run_setting(command, verbose)) return *result;
   if (try_execute_macro(command.key, verbose)) return CommandResult::Continue;
   if (row != nullptr) return row->run(*this, command, verbose);
-  say(verbose, "?Unrecognized command: ", command.text, "\n");
+  report(verbose, "?Unrecognized command: ", command.text);
   return CommandResult::Error;
 }
 

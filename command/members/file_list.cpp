@@ -4,7 +4,7 @@
 
 Editor::CommandResult Editor::next_file_command(bool verbose) {
   if (file_index + 1 >= files.size()) {
-    say(verbose, "?No more files\n");
+    report(verbose, "?No more files");
     return CommandResult::Continue;
   }
   return change_file(file_index + 1, verbose);
@@ -12,7 +12,7 @@ Editor::CommandResult Editor::next_file_command(bool verbose) {
 
 Editor::CommandResult Editor::previous_file_command(bool verbose) {
   if (file_index == 0) {
-    say(verbose, "?Already at first file\n");
+    report(verbose, "?Already at first file");
     return CommandResult::Continue;
   }
   return change_file(file_index - 1, verbose);
@@ -28,7 +28,7 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   if (!save_to_own_file(main, path)) {
     if (check_abort(verbose)) return CommandResult::Continue;
     status_message = "?Unable to write " + path;
-    say(verbose, status_message, "\n");
+    report(verbose, status_message);
     report_unsaved_copy();
     return CommandResult::Error;
   }

@@ -28,20 +28,20 @@ std::string Editor::join_lines_as_text(const std::vector<std::string>& lines) {
 void Editor::define_macro_command(const std::string& arg, bool verbose) {
   const std::string text = trim(arg);
   if (text.empty()) {
-    say(verbose, "?DEFINE MACRO syntax: DEFINE MACRO name AS \"command; command\"\n");
+    report(verbose, "?DEFINE MACRO syntax: DEFINE MACRO name AS \"command; command\"");
     return;
   }
   const auto sides = zan::cut_at(text, " AS ");
   const std::string name = normalize_buffer_name(sides ? sides->before : text);
   if (name.empty() || name == "MAIN" || name == "PASTE") {
-    say(verbose, "?Invalid macro name\n");
+    report(verbose, "?Invalid macro name");
     return;
   }
   const std::vector<std::string> commands =
       sides ? split_macro_commands(strip_optional_quotes(zan::trim(sides->after)))
             : read_macro_lines(name, verbose);
   if (commands.empty()) {
-    say(verbose, "?Macro has no commands\n");
+    report(verbose, "?Macro has no commands");
     return;
   }
   save_current_buffer_state();
@@ -89,17 +89,17 @@ bool Editor::try_execute_macro(const std::string& key, bool verbose) {
   const std::string name = normalize_buffer_name(key);
   if (name.empty() || !macros.contains(name)) return false;
   if (running_macros.contains(name)) {
-    say(verbose, "?Recursive macro invocation: ", name, "\n");
+    report(verbose, "?Recursive macro invocation: ", name);
     return true;
   }
   save_current_buffer_state();
   const TextBuffer* buffer = buffers.find(name);
   if (buffer == nullptr) {
-    say(verbose, "?Macro buffer missing: ", name, "\n");
+    report(verbose, "?Macro buffer missing: ", name);
     return true;
   }
   if (nesting_depth >= zan::nesting_limit()) {
-    say(verbose, "?Macros nested too deep: ", name, "\n");
+    report(verbose, "?Macros nested too deep: ", name);
     return true;
   }
   const zan::LineStore commands = buffer->lines(); // its own: the commands may change the registry

@@ -103,7 +103,7 @@ bool run_in_shell(std::string command) {
 void Editor::print_command(const std::string& arg, bool verbose) {
   TemporaryPrintFile file;
   if (!file.exists()) {
-    say(verbose, "?Cannot create temp file\n");
+    report(verbose, "?Cannot create temp file");
     return;
   }
   const std::string range_text = trim(arg);
@@ -115,12 +115,13 @@ void Editor::print_command(const std::string& arg, bool verbose) {
   }
   const auto lines = current.lines_in_range(range.first, range.last);
   if (!file.write(lines)) {
-    say(verbose, "?Cannot open temp file for print\n");
+    report(verbose, "?Cannot open temp file for print");
     return;
   }
   console.flush();
   console.release_input();
   const std::string path = file.path();
   const std::string command = "lpr " + path + " 2>/dev/null || lp " + path + " 2>/dev/null";
-  say(verbose, run_in_shell(command) ? "Sent to printer\n" : "?Print failed\n");
+  if (run_in_shell(command)) say(verbose, "Sent to printer\n");
+  else report(verbose, "?Print failed");
 }

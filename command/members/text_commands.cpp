@@ -156,7 +156,7 @@ void Editor::xlate_command(const std::string& arg, bool verbose) {
   const std::string_view first = zan::take_word(rest);
   const std::string_view second = zan::take_word(rest);
   if (second.empty()) {
-    say(verbose, "?XLATE expects: XLATE from to [range]\n");
+    report(verbose, "?XLATE expects: XLATE from to [range]");
     return;
   }
   const char from = first.front();

@@ -34,7 +34,7 @@ zan::LineStore rows_of(const zan::LineStore& text, const zan::RowStretch& rows) 
 void Editor::write_command(const std::string& arg, bool verbose) {
   const zan::WriteArguments wanted = zan::parse_write_arguments(arg);
   if (wanted.file.empty()) {
-    say(verbose, "?WRITE requires a file name\n");
+    report(verbose, "?WRITE requires a file name");
     return;
   }
   const bool other = !wanted.buffer.empty();
@@ -52,9 +52,9 @@ void Editor::write_command(const std::string& arg, bool verbose) {
   const bool written = range ? write_lines_file(path, source.lines(), stretch_of(*range))
                              : save_buffer_to_path(source, path, verbose);
   if (written) {
-    say(verbose, path, " written\n");
+    tell(verbose, path, " written");
   } else if (!check_abort(verbose)) {
-    say(verbose, "?Unable to write ", path, "\n");
+    report(verbose, "?Unable to write ", path);
     report_unsaved_copy();
   }
 }

@@ -25,14 +25,14 @@ void Editor::define_key_command(const std::string& arg, bool verbose) {
   const std::string text = trim(arg);
   const auto sides = zan::cut_at(text, " AS ");
   if (!sides) {
-    say(verbose, "?DEFINE KEY syntax: DEFINE KEY [GOLD] key AS \"command\"\n");
+    report(verbose, "?DEFINE KEY syntax: DEFINE KEY [GOLD] key AS \"command\"");
     return;
   }
   const std::string key_text = trim(sides->before);
   const std::string command = strip_optional_quotes(zan::trim(sides->after));
   const std::string identifier = normalize_key_spec(key_text);
   if (identifier.empty()) {
-    say(verbose, "?Invalid key specification\n");
+    report(verbose, "?Invalid key specification");
     return;
   }
   key_definitions[identifier] = command;
@@ -75,6 +75,6 @@ bool Editor::try_defined_key(int key, bool gold) {
   const auto found = key_definitions.find(identifier);
   if (identifier.empty() || found == key_definitions.end()) return false;
   const std::string command = found->second; // a copy: it may define its own key anew
-  handle_command_result(execute_command(command, false), true);
+  run_screen_command(command);
   return true;
 }

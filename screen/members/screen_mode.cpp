@@ -60,6 +60,7 @@ void Editor::screen_mode() {
   const Handover handover(console);
   const zan::ScreenVisit visit(keypad == "PC");
   if (!visit) return;
+  const RowReports silent_keys(*this, false);
   KeyLoop keys(*this);
   for (bool leave = false; !leave;) {
     const auto key = keys.next();

@@ -55,10 +55,7 @@ std::string Editor::prompt_line(const std::string& prompt_text) {
   return zan::read_screen_line(*this, prompt_text).value_or("");
 }
 
-void Editor::command_prompt() {
-  const std::string line = prompt_line("Command: ");
-  handle_command_result(execute_command(line, false), true);
-}
+void Editor::command_prompt() { run_screen_command(prompt_line("Command: ")); }
 
 void Editor::interactive_define_key() {
   status_message = "Press key to define";

@@ -42,7 +42,7 @@ void Editor::substitute_command(const std::string& arg, const Qualifiers& quals,
   if (is_delimited(text)) {
     auto form = parse_delimited(text);
     if (!form) {
-      say(verbose, "?Invalid SUBSTITUTE syntax\n");
+      report(verbose, "?Invalid SUBSTITUTE syntax");
       return;
     }
     search_string = std::move(form->old_text);
@@ -52,7 +52,7 @@ void Editor::substitute_command(const std::string& arg, const Qualifiers& quals,
     replacement = text.empty() ? paste_text_content().to_string() : strip_optional_quotes(text);
   }
   if (search_string.empty()) {
-    say(verbose, "?No active search string\n");
+    report(verbose, "?No active search string");
   } else if (quals.global) {
     substitute_global(replacement, quals.query, verbose);
   } else if (count == 0) {
@@ -66,7 +66,7 @@ void Editor::substitute_command(const std::string& arg, const Qualifiers& quals,
 
 void Editor::substitute_global(const std::string& text, bool query, bool verbose) {
   if (search_string.empty()) {
-    say(verbose, "?No active search string\n");
+    report(verbose, "?No active search string");
     return;
   }
   const std::string trimmed = trim(text);
@@ -80,7 +80,7 @@ void Editor::substitute_one(const std::string& replacement, const Qualifiers& qu
   auto found = search_forward(cursor_row, cursor_col);
   if (!found) found = search_forward(0, 0);
   if (!found) {
-    say(verbose, "?String not found: ", search_string, "\n");
+    report(verbose, "?String not found: ", search_string);
     return;
   }
   cursor_row = found->row;

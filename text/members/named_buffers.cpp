@@ -19,7 +19,7 @@ void Editor::save_current_buffer_state() {
 void Editor::find_buffer(std::string_view name, bool verbose) {
   std::string normal = normalize_buffer_name(name);
   if (normal.empty()) {
-    say(verbose, "?Missing buffer name\n");
+    report(verbose, "?Missing buffer name");
     return;
   }
   save_current_buffer_state();
