@@ -13,6 +13,7 @@
 #include "files/records.h"
 #include "files/safe_save.h"
 #include "host/abort.h"
+#include "screen/members/screen_prompt.h"
 #include "search/text_search.h"
 #include "text/byte_scan.h"
 
@@ -118,9 +119,9 @@ class Editor : public EditorState {
     if (!verbose) show_on_row({parts...}, true);
   }
   void show_on_row(std::initializer_list<std::string_view> line, bool error);
-  // One more line for a command that reads text: from standard input, or at a prompt while the screen is up.
-  // `prompt` is shown when verbose. Nothing at the end of input.
-  std::optional<std::string> read_text_line(std::string_view prompt, bool verbose);
+  // One more line for a command that reads text: from standard input, after `prompt` when verbose; or, while
+  // the screen is up, at its prompt "_", which stands behind `how_to_end` until something is typed.
+  zan::TypedLine read_text_line(std::string_view prompt, bool verbose, std::string_view how_to_end = "");
 
   // ---- text/: the buffer registry and PASTE
   static std::string normalize_buffer_name(std::string_view name);
@@ -198,7 +199,9 @@ class Editor : public EditorState {
 
   // ---- command/: macros
   void define_macro_command(const std::string& arg, bool verbose);
-  std::vector<std::string> read_macro_lines(const std::string& name, bool verbose);
+  void define_macro(const std::string& name, const std::vector<std::string>& commands);
+  // Nothing when Ctrl/C has cancelled it.
+  std::optional<std::vector<std::string>> read_macro_lines(const std::string& name, bool verbose);
   void show_macros(const std::string& arg, bool verbose);
   bool try_execute_macro(const std::string& key, bool verbose);
   CommandResult run_macro_lines(const std::string& name, const Text& commands, bool verbose);

@@ -6,7 +6,6 @@
 #include "files/stat.h"
 #include "host/signals.h"
 #include "host/stack.h"
-#include "screen/members/screen_prompt.h"
 #include "screen/terminal.h"
 #include "text/bytes.h"
 #include "text/load_file.h"
@@ -129,9 +128,12 @@ std::string Editor::join_path(const std::string& dir, const std::string& name) {
 
 bool Editor::file_exists(const std::string& path) { return zan::file_exists(path); }
 
-std::optional<std::string> Editor::read_text_line(std::string_view text_prompt, bool verbose) {
-  // While the screen has the terminal, its prompt asks for one line after the other.
-  if (g_curses_active) return zan::read_screen_line(*this, "Command: ");
+zan::TypedLine Editor::read_text_line(std::string_view text_prompt, bool verbose,
+                                      std::string_view how_to_end) {
+  if (g_curses_active) {
+    const std::string opening = how_to_end.empty() ? "" : std::string(how_to_end) + " _";
+    return zan::read_screen_line(*this, "_", opening);
+  }
   say(verbose, text_prompt);
-  return console.read_line();
+  return {console.read_line()};
 }

@@ -153,6 +153,7 @@ void Editor::insert_command(const std::string& arg, bool verbose) {
   if (text.empty() && zan::trim(arg).empty()) {
     insert_multiline(verbose);
   } else {
+    begin_undo_unit();
     paste_text(Text::from_text(text));
   }
 }
@@ -160,13 +161,20 @@ void Editor::insert_command(const std::string& arg, bool verbose) {
 void Editor::insert_multiline(bool verbose) {
   zan::LineStoreBuilder collected;
   bool first = true;
-  while (auto line = read_text_line(first ? "" : "_", verbose)) {
-    if (line->ends_with('\r')) line->pop_back();
-    if (ends_insert(*line)) break;
+  auto typed = read_text_line("", verbose, "Enter text. End with Ctrl/Z.");
+  for (; typed.text; typed = read_text_line("_", verbose)) {
+    std::string& line = *typed.text;
+    if (line.ends_with('\r')) line.pop_back();
+    if (ends_insert(line)) break;
     if (!first) collected.append_break();
-    collected.append_bytes(*line);
+    collected.append_bytes(line);
     first = false;
   }
+  if (typed.cancelled) {
+    status_message = "Abort";
+    return;
+  }
+  begin_undo_unit();
   paste_text(collected.finish());
   status_message = "Inserted";
 }

@@ -16,12 +16,16 @@ using zan::KeyForm;
 struct Command {
   std::string_view key;
   Result (*run)(Editor&, const Parsed&, bool verbose);
-  bool changes = false;          // refused when read-only, and preceded by an undo snapshot
+  // What changes text or buffers is refused when read-only and preceded by an undo snapshot, which commands
+  // that may ask for lines take themselves: there is none when Ctrl/C has cancelled them.
+  enum class Changes { no, yes, after_asking } changes = Changes::no;
   KeyForm form = KeyForm::alone; // of a key of several words
   bool after_macros = false;     // a macro of the key's name runs in its place
 };
 
-constexpr bool kChanges = true;
+constexpr auto kNoChanges = Command::Changes::no;
+constexpr auto kChanges = Command::Changes::yes;
+constexpr auto kChangesAfterAsking = Command::Changes::after_asking;
 constexpr bool kAfterMacros = true;
 
 // The action of a row that is one member: with whatever of argument, qualifiers and verbose it takes.
@@ -97,7 +101,7 @@ constexpr auto kCommands = [] {
       {"CUT", member<&Editor::cut_select>, kChanges},
       {"DATE", member<&Editor::date_command>, kChanges},
       {"DEFINE-KEY", member<&Editor::define_key_command>, kChanges, KeyForm::argument, kAfterMacros},
-      {"DEFINE-MACRO", member<&Editor::define_macro_command>, kChanges, KeyForm::argument},
+      {"DEFINE-MACRO", member<&Editor::define_macro_command>, kChangesAfterAsking, KeyForm::argument},
       {"DEL-C", member<&Editor::delete_char_at_cursor>, kChanges},
       {"DEL-EOL", member<&Editor::delete_eol>, kChanges},
       {"DEL-L", member<&Editor::delete_line>, kChanges},
@@ -108,10 +112,10 @@ constexpr auto kCommands = [] {
       {"FILL", member<&Editor::fill_command>},
       {"FIND", member<&Editor::find_command>},
       {"FNDNXT", member<&Editor::find_next_command>},
-      {"GOTO-LINE", member<&Editor::goto_line>, !kChanges, KeyForm::unspelled},
+      {"GOTO-LINE", member<&Editor::goto_line>, kNoChanges, KeyForm::unspelled},
       {"HELP", help},
       {"INCLUDE", member<&Editor::include_file_command>, kChanges},
-      {"INSERT", member<&Editor::insert_command>, kChanges},
+      {"INSERT", member<&Editor::insert_command>, kChangesAfterAsking},
       {"MOVE", copy_or_move<true>, kChanges},
       {"NEXT", member<&Editor::next_file_command>},
       {"PASTE", member<&Editor::paste>, kChanges},
@@ -128,10 +132,10 @@ constexpr auto kCommands = [] {
       {"SET-MODE-CHANGE", set_mode_change},
       {"SHOW-BUFFER", member<&Editor::show_buffers>},
       {"SHOW-FILES", member<&Editor::show_files>},
-      {"SHOW-KEY", member<&Editor::show_key_command>, !kChanges, KeyForm::either},
-      {"SHOW-MACRO", member<&Editor::show_macros>, !kChanges, KeyForm::either},
+      {"SHOW-KEY", member<&Editor::show_key_command>, kNoChanges, KeyForm::either},
+      {"SHOW-MACRO", member<&Editor::show_macros>, kNoChanges, KeyForm::either},
       {"SUBSTITUTE", member<&Editor::substitute_command>, kChanges},
-      {"SUBSTITUTE-ALL", substitute_all, !kChanges, KeyForm::unspelled},
+      {"SUBSTITUTE-ALL", substitute_all, kNoChanges, KeyForm::unspelled},
       {"TAB", member<&Editor::insert_tab_at_cursor>, kChanges},
       {"TAB-ADJUST", member<&Editor::tab_adjust_command>, kChanges, KeyForm::either},
       {"TOP", member<&Editor::go_top>},
@@ -164,12 +168,12 @@ Editor::CommandResult Editor::dispatch_command(const std::string& line, const Qu
   if (quals.notype) verbose = false;
   if (command.key.empty()) return CommandResult::Continue;
   const Command* row = find_command_row(command.key);
-  if (row != nullptr && row->changes) {
+  if (row != nullptr && row->changes != Command::Changes::no) {
     if (read_only) {
       report(verbose, "?Buffer is read-only");
       return CommandResult::Error;
     }
-    begin_undo_unit();
+    if (row->changes == kChanges) begin_undo_unit();
   }
   if (row != nullptr && !row->after_macros) return row->run(*this, command, verbose);
   if (const auto result = run_setting(command, verbose)) return *result;
@@ -186,7 +190,7 @@ zan::KeyForm Editor::key_form(std::string_view key) {
 
 bool Editor::command_changes_text_or_buffers(std::string_view key) const {
   const Command* row = find_command_row(key);
-  return row != nullptr && row->changes;
+  return row != nullptr && row->changes != Command::Changes::no;
 }
 
 Editor::CommandResult Editor::change_command(const std::string& arg, bool verbose) {

@@ -4,13 +4,15 @@
 
 #include "command/macro_text.h"
 #include "host/stack.h"
+#include "screen/terminal.h"
 #include "text/bytes.h"
 
 namespace {
 
-bool ends_definition(std::string_view line) {
+// On the screen Ctrl/Z does as well.
+bool ends_definition(std::string_view line, bool on_screen) {
   const std::string word = zan::upper(zan::trim(line));
-  return word.empty() || word == "END DEFINE" || word == "END";
+  return word.empty() || word == "END DEFINE" || word == "END" || (on_screen && word == "\x1a");
 }
 
 } // namespace
@@ -27,40 +29,51 @@ std::string Editor::join_lines_as_text(const std::vector<std::string>& lines) {
 
 void Editor::define_macro_command(const std::string& arg, bool verbose) {
   const std::string text = trim(arg);
-  if (text.empty()) {
-    report(verbose, "?DEFINE MACRO syntax: DEFINE MACRO name AS \"command; command\"");
-    return;
-  }
   const auto sides = zan::cut_at(text, " AS ");
   const std::string name = normalize_buffer_name(sides ? sides->before : text);
-  if (name.empty() || name == "MAIN" || name == "PASTE") {
+  const bool allowed = !name.empty() && name != "MAIN" && name != "PASTE";
+  std::vector<std::string> commands;
+  if (sides) {
+    commands = split_macro_commands(strip_optional_quotes(zan::trim(sides->after)));
+  } else if (allowed) {
+    auto typed = read_macro_lines(name, verbose);
+    if (!typed) return;
+    commands = std::move(*typed);
+  }
+  begin_undo_unit();
+  if (text.empty()) {
+    report(verbose, "?DEFINE MACRO syntax: DEFINE MACRO name AS \"command; command\"");
+  } else if (!allowed) {
     report(verbose, "?Invalid macro name");
-    return;
-  }
-  const std::vector<std::string> commands =
-      sides ? split_macro_commands(strip_optional_quotes(zan::trim(sides->after)))
-            : read_macro_lines(name, verbose);
-  if (commands.empty()) {
+  } else if (commands.empty()) {
     report(verbose, "?Macro has no commands");
-    return;
+  } else {
+    define_macro(name, commands);
+    say(verbose, "macro ", name, " defined with ", zan::counted(commands.size(), "command"), "\n");
   }
+}
+
+void Editor::define_macro(const std::string& name, const std::vector<std::string>& commands) {
   save_current_buffer_state();
   TextBuffer& buffer = named_buffer(name);
   buffer = TextBuffer();
   buffer.set_text(join_lines_as_text(commands));
   if (name == current_buffer_name) current = buffer;
   macros[name] = true;
-  say(verbose, "macro ", name, " defined with ", zan::counted(commands.size(), "command"), "\n");
 }
 
 // The lines typed for a macro, up to END or a blank one.
-std::vector<std::string> Editor::read_macro_lines(const std::string& name, bool verbose) {
+std::optional<std::vector<std::string>> Editor::read_macro_lines(const std::string& name, bool verbose) {
   std::vector<std::string> lines;
-  const std::string question =
-      "Enter macro commands for " + name + ". End with END DEFINE or a blank line.\n_";
-  auto line = read_text_line(question, verbose);
-  for (; line && !ends_definition(*line); line = read_text_line("_", verbose))
-    lines.push_back(std::move(*line));
+  const std::string how_to_end =
+      "Enter macro commands for " + name + ". End with END DEFINE or a blank line.";
+  auto typed = read_text_line(how_to_end + "\n_", verbose, how_to_end);
+  for (; typed.text && !ends_definition(*typed.text, g_curses_active); typed = read_text_line("_", verbose))
+    lines.push_back(std::move(*typed.text));
+  if (typed.cancelled) {
+    status_message = "Abort";
+    return std::nullopt;
+  }
   say(verbose, "\n");
   return lines;
 }

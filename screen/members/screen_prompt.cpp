@@ -1,5 +1,7 @@
 #include "screen/members/screen_prompt.h"
 
+#include <utility>
+
 #include "app/editor.h"
 #include "screen/draw.h"
 #include "screen/keys.h"
@@ -25,34 +27,32 @@ bool cancels_definition(std::optional<int> key) {
 
 } // namespace
 
-std::optional<std::string> zan::read_screen_line(Editor& editor, std::string_view prompt) {
+zan::TypedLine zan::read_screen_line(Editor& editor, std::string_view prompt, std::string_view opening) {
   PromptEditor line;
+  const auto show = [&] { show_prompt(line, line.answer().empty() && !opening.empty() ? opening : prompt); };
   const auto redraw = [&] {
     editor.draw_screen();
-    show_prompt(line, prompt);
+    show();
   };
-  for (;;) {
-    if (!key_waiting()) show_prompt(line, prompt);
+  for (bool refused = false;;) {
+    if (!key_waiting()) show();
     const auto key = read_key(redraw);
-    if (!key) return std::nullopt;
-    switch (line.take(*key)) {
-    case PromptEditor::Outcome::going:
-      break;
-    case PromptEditor::Outcome::refused:
-      screen_beep();
-      break;
-    case PromptEditor::Outcome::answered:
-      return line.answer();
-    case PromptEditor::Outcome::cancelled:
+    if (!key) return {};
+    const auto outcome = line.take(*key);
+    // Of what comes faster than anybody types, one bell is enough.
+    const bool follows = std::exchange(refused, outcome == PromptEditor::Outcome::refused) && key_waiting();
+    if (refused && !follows) screen_beep();
+    if (outcome == PromptEditor::Outcome::answered) return {line.answer()};
+    if (outcome == PromptEditor::Outcome::cancelled) {
       note_interrupt();
-      return std::nullopt;
+      return {std::nullopt, true};
     }
   }
 }
 
 std::string Editor::prompt_line(const std::string& prompt_text) {
   if (!g_curses_active) return "";
-  return zan::read_screen_line(*this, prompt_text).value_or("");
+  return zan::read_screen_line(*this, prompt_text).text.value_or("");
 }
 
 void Editor::command_prompt() { run_screen_command(prompt_line("Command: ")); }

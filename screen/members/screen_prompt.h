@@ -8,8 +8,13 @@ class Editor;
 
 namespace zan {
 
-// One line typed at the prompt on the lowest row of the screen, at most 511 bytes. Nothing when Ctrl/C was
-// typed or no more input comes.
-std::optional<std::string> read_screen_line(Editor& editor, std::string_view prompt);
+struct TypedLine {
+  std::optional<std::string> text; // nothing: no more input comes, or
+  bool cancelled = false;          // Ctrl/C was typed on the screen
+};
+
+// One line typed at the prompt on the lowest row of the screen, at most 511 bytes. `opening`, if there is
+// one, stands in the prompt's place while the answer is empty.
+TypedLine read_screen_line(Editor& editor, std::string_view prompt, std::string_view opening = "");
 
 } // namespace zan

@@ -157,7 +157,7 @@ std::uint64_t Editor::substitute_asking(zan::Position at, std::uint64_t limit, b
 Editor::Answer Editor::ask_to_substitute(bool verbose) {
   const zan::TextView line = current.line(cursor_row);
   say(true, std::to_string(cursor_row + 1), " ", line.get(), "\n");
-  const auto answer = read_text_line("Substitute? [Y/N]: ", true);
+  const auto answer = read_text_line("Substitute? [Y/N]: ", true).text;
   if (check_abort(verbose) || !answer) return Answer::stop;
   return upper(zan::trim(*answer)) == "Y" ? Answer::yes : Answer::no;
 }

@@ -30,6 +30,18 @@ TEST(Visits, PasteArrivesWhole) {
   EXPECT_EQ(terminal.file(), pasted + "one\ntwo\nthree\n");
 }
 
+TEST(Visits, OneBellForMuchThatAPromptRefuses) {
+  constexpr std::size_t kMany = 100'000;
+  TerminalDriver terminal({});
+  terminal.enter_screen();
+  terminal.type("\033OP\033OwINSERT " + std::string(kMany, 'x'));
+  terminal.shows_text("xxxx");
+  terminal.type("\025INSERT end\r");
+  terminal.shows_text("endone");
+  EXPECT_GE(terminal.times_sent("\a"), 1U);
+  EXPECT_LT(terminal.times_sent("\a"), kMany / 16);
+}
+
 TEST(Visits, TerminalsWithoutACursorAreRefused) {
   struct Case {
     std::optional<std::string> term;
