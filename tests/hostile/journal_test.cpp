@@ -62,9 +62,9 @@ std::string buffers_after(const Sandbox& box, const std::string& input, bool rec
   return answered(box.run(arguments, input + dump_commands())) ? dumped(box) : "";
 }
 
-// PRINT starts a spooler that kills the program. False when that failed.
+// PRINT starts a spooler that kills the program and removes its file. False when that failed.
 bool kill_after(const Sandbox& box, const std::string& input) {
-  box.write("lpr", "#!/bin/sh\nkill -9 $PID\n");
+  box.write("lpr", "#!/bin/sh\nrm \"$1\"\nkill -9 $PID\n");
   const RunResult killed = box.run({"a.txt"}, input + "PRINT\n", "chmod +x lpr");
   box.write("lpr", "");
   return killed.status == 128 + 9;
