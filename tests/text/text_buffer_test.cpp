@@ -161,3 +161,14 @@ TEST(TextBuffer, IsWhatItsModelIsAfterEveryEdit) {
     for (int step = 0; step < 200 && !testing::Test::HasFatalFailure(); ++step) play.step();
   }
 }
+
+TEST(TextBuffer, WhatCannotBeLoadedIsOneEmptyLine) {
+  TextBuffer buffer;
+  buffer.set_text("a\nb");
+  buffer.set_mark(1, 1);
+  EXPECT_FALSE(buffer.load("/nowhere/file"));
+  EXPECT_EQ(buffer.filename(), "/nowhere/file");
+  EXPECT_FALSE(buffer.modified() || buffer.has_mark());
+  buffer.insert_char(0, 0, 'x');
+  EXPECT_EQ(buffer.text().to_string(), "x\n");
+}
