@@ -1,6 +1,7 @@
 #include "app/editor.h"
 
 #include <gtest/gtest.h>
+#include <tuple>
 
 namespace {
 

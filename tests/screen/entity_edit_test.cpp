@@ -1,5 +1,6 @@
 #include "app/editor.h"
 
+#include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
 

@@ -5,6 +5,7 @@
 #include <random>
 
 #include "tests/text/buffer_model.h"
+#include "text/bytes.h"
 
 namespace {
 
@@ -19,9 +20,7 @@ struct Arguments {
   LineStore text;
 };
 
-char changed(char c) {
-  return c == '\n' ? 'N' : static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
-}
+char changed(char c) { return c == '\n' ? 'N' : zan::to_upper(c); }
 
 std::string said(char c) { return c == 0 ? "nothing" : std::string(1, c); }
 std::string said(const std::string& text) { return text; }
