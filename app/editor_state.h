@@ -12,6 +12,7 @@
 #include "files/file_history.h"
 #include "host/console.h"
 #include "text/buffer_registry.h"
+#include "text/bytes.h"
 #include "text/text_buffer.h"
 
 // Everything the editor knows while it runs. What only reads it takes it as `const EditorState&`.
@@ -73,7 +74,7 @@ struct EditorState {
 
   // ---- fields: ranges and translation
   std::optional<LineRange> sticky_range; // used by TYPE, DELETE, WRITE and RETAIN when they are given none
-  std::map<char, char> xlate_map;        // ordered by signed byte
+  std::map<char, char, zan::SignedByteOrder> xlate_map;
 
   // ---- fields: buffers
   bool input_found = false;                 // the last load of MAIN found its file

@@ -11,6 +11,10 @@
 namespace zan {
 
 inline unsigned char to_byte(char c) { return static_cast<unsigned char>(c); }
+// Bytes above 127 before the others, also where char has no sign.
+struct SignedByteOrder {
+  bool operator()(char a, char b) const { return static_cast<signed char>(a) < static_cast<signed char>(b); }
+};
 inline bool is_space(char c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
 inline bool is_digit(char c) { return c >= '0' && c <= '9'; }
 inline bool is_alpha(char c) { return std::isalpha(to_byte(c)) != 0; }
