@@ -1,5 +1,7 @@
 #include "files/block_writer.h"
 
+#include <fcntl.h>
+
 #include "host/unique_fd.h"
 
 namespace zan {
@@ -47,6 +49,10 @@ bool BlockWriter::write_out(std::string_view bytes) {
 }
 
 bool sync_fully(int descriptor) {
+#ifdef F_FULLFSYNC
+  // There fsync stops at the drive's own cache. Network and foreign file systems refuse this.
+  if (retry([&] { return ::fcntl(descriptor, F_FULLFSYNC); }) == 0) return true;
+#endif
   if (retry([&] { return ::fsync(descriptor); }) == 0) return true;
   return errno == EINVAL || errno == ENOTSUP || errno == EROFS;
 }
