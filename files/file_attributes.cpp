@@ -11,6 +11,7 @@
 #include <sys/xattr.h>
 #elif defined(__APPLE__)
 #include <copyfile.h>
+#include <sys/xattr.h>
 #endif
 
 namespace zan {
@@ -28,9 +29,33 @@ bool copy_owner(int from, int to) {
   return ::fchown(to, owner, wanted.st_gid) == 0;
 }
 
-#if defined(__linux__)
+#if defined(__linux__) || defined(__APPLE__)
 
+#if defined(__APPLE__)
+// These calls take a position and options besides.
+ssize_t list_attributes(int file, char* buffer, std::size_t size) {
+  return ::flistxattr(file, buffer, size, 0);
+}
+ssize_t read_attribute(int file, const char* name, char* buffer, std::size_t size) {
+  return ::fgetxattr(file, name, buffer, size, 0, 0);
+}
+bool remove_attribute(int file, const char* name) {
+  // The system gives new files some that nobody may remove.
+  return ::fremovexattr(file, name, 0) == 0 || errno == ENOATTR || errno == EPERM;
+}
+constexpr int kNoAttribute = ENOATTR;
+#else
 // Access lists are extended attributes here as well.
+ssize_t list_attributes(int file, char* buffer, std::size_t size) { return ::flistxattr(file, buffer, size); }
+ssize_t read_attribute(int file, const char* name, char* buffer, std::size_t size) {
+  return ::fgetxattr(file, name, buffer, size);
+}
+bool remove_attribute(int file, const char* name) {
+  return ::fremovexattr(file, name) == 0 || errno == ENODATA;
+}
+constexpr int kNoAttribute = ENODATA;
+#endif
+
 constexpr int kSizeAttempts = 8; // a value may grow between asking for its size and reading it
 
 // Reads what `call(buffer, size)` gives; with size 0 that says how much there is.
@@ -52,7 +77,7 @@ template <typename Call> std::optional<std::string> read_sized(Call&& call) {
 
 std::optional<std::vector<std::string>> attribute_names(int file) {
   const auto list =
-      read_sized([&](char* buffer, std::size_t size) { return ::flistxattr(file, buffer, size); });
+      read_sized([&](char* buffer, std::size_t size) { return list_attributes(file, buffer, size); });
   if (!list && errno != ENOTSUP) return std::nullopt;
   std::vector<std::string> names;
   if (!list) return names;
@@ -64,8 +89,24 @@ std::optional<std::vector<std::string>> attribute_names(int file) {
 
 std::optional<std::string> attribute_value(int file, const std::string& name) {
   return read_sized(
-      [&](char* buffer, std::size_t size) { return ::fgetxattr(file, name.c_str(), buffer, size); });
+      [&](char* buffer, std::size_t size) { return read_attribute(file, name.c_str(), buffer, size); });
 }
+
+// A new file may have been given an access list by its directory that the old one did not have.
+bool remove_other_attributes(int from, int to) {
+  const auto present = attribute_names(to);
+  if (!present) return false;
+  for (const std::string& name : *present) {
+    if (attribute_value(from, name)) continue;
+    if (errno != kNoAttribute) return false; // it may be there all the same
+    if (!remove_attribute(to, name.c_str())) return false;
+  }
+  return true;
+}
+
+#endif
+
+#if defined(__linux__)
 
 // An attribute that is right already is not set: many may be read by everybody and set by few.
 bool copy_attribute(int from, int to, const std::string& name) {
@@ -77,24 +118,18 @@ bool copy_attribute(int from, int to, const std::string& name) {
 
 bool copy_attributes(int from, int to) {
   const auto wanted = attribute_names(from);
-  const auto present = attribute_names(to);
-  if (!wanted || !present) return false;
+  if (!wanted) return false;
   for (const std::string& name : *wanted) {
     if (!copy_attribute(from, to, name)) return false;
   }
-  // A new file may have been given an access list by its directory that the old one did not have.
-  for (const std::string& name : *present) {
-    if (attribute_value(from, name)) continue;
-    if (errno != ENODATA) return false; // it may be there all the same
-    if (::fremovexattr(to, name.c_str()) != 0 && errno != ENODATA) return false;
-  }
-  return true;
+  return remove_other_attributes(from, to);
 }
 
 #elif defined(__APPLE__)
 
 bool copy_attributes(int from, int to) {
-  return ::fcopyfile(from, to, nullptr, COPYFILE_ACL | COPYFILE_XATTR) == 0;
+  return ::fcopyfile(from, to, nullptr, COPYFILE_ACL | COPYFILE_XATTR) == 0 &&
+         remove_other_attributes(from, to);
 }
 
 #else
