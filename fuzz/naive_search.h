@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -142,7 +143,8 @@ class NaiveSearcher {
     if (wanted_.pattern.empty()) return std::nullopt;
     const std::size_t first = std::min<std::size_t>(at.row, lines_.size() - 1);
     for (std::size_t row = first + 1; row-- > 0;) {
-      const std::size_t limit = row == first ? std::min(at.col, lines_[row].size()) : lines_[row].size();
+      const std::size_t limit =
+          row == first ? std::min<std::size_t>(at.col, lines_[row].size()) : lines_[row].size();
       for (std::size_t col = (anchored_ ? 0 : limit) + 1; col-- > 0;) {
         const auto length = matches({row, col});
         if (length && (wild_ || col + *length <= limit)) return Position{row, col};

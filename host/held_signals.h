@@ -1,6 +1,6 @@
 #pragma once
 
-#include <csignal>
+#include <signal.h> // <csignal> need not declare the masks
 
 namespace zan {
 

@@ -47,7 +47,7 @@ void handle(int signal, void (*handler)(int), int flags = 0) {
 }
 
 std::string_view capability(const char* name) {
-  const char* text = tigetstr(name);
+  const char* text = tigetstr(const_cast<char*>(name)); // some libraries declare it without const
   // The library's "no such capability" is the address -1.
   return text == nullptr || text == reinterpret_cast<const char*>(-1) ? std::string_view() : text;
 }

@@ -12,7 +12,6 @@ namespace {
 
 constexpr std::size_t kStride = 1024;         // bytes per entry of the index
 constexpr std::size_t kMapFrom = 1024 * 1024; // smaller blocks come from the allocator
-constexpr std::size_t kHugePageFrom = 2 * 1024 * 1024;
 
 } // namespace
 
@@ -51,6 +50,7 @@ std::unique_ptr<char, Block::Free> Block::allocate(std::size_t capacity) {
   void* memory = mmap(nullptr, capacity, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANON, -1, 0);
   if (memory == MAP_FAILED) throw std::bad_alloc();
 #ifdef MADV_HUGEPAGE
+  constexpr std::size_t kHugePageFrom = 2 * 1024 * 1024;
   if (capacity >= kHugePageFrom)
     madvise(memory, capacity, MADV_HUGEPAGE); // only a hint: when refused, slower
 #endif
