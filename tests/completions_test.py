@@ -30,9 +30,9 @@ CASES = [  # typed, with a tab at the end; the arguments then
 
 PRINT = "zan() { printf '<%s>' \"$@\"; echo; }; "
 START = {
-    "bash": (["bash", "--norc", "--noprofile", "-i"], PRINT + f"PS1=READY; . {COMPLETIONS}/zan.bash"),
+    "bash": (["bash", "--norc", "--noprofile", "-i"], PRINT + f"PS1=READY; . '{COMPLETIONS}/zan.bash'"),
     "zsh": (["zsh", "-f", "-i"],
-            PRINT + f"fpath=({COMPLETIONS} $fpath); autoload -Uz compinit; compinit -u -D; PS1=READY"),
+            PRINT + f"fpath=('{COMPLETIONS}' $fpath); autoload -Uz compinit; compinit -u -D; PS1=READY"),
 }
 
 
@@ -78,7 +78,7 @@ def typed_in_shell(name, folder):
 
 def asked_of_fish(folder):
     for words, expected in CASES:
-        script = f"source {COMPLETIONS}/zan.fish; complete -C 'zan {words}'"
+        script = f"source '{COMPLETIONS}/zan.fish'; complete -C 'zan {words}'"
         answer = subprocess.run(["fish", "--no-config", "-c", script], cwd=folder, capture_output=True, text=True,
                                 check=True, env={**os.environ, "HOME": folder}).stdout
         candidates = [line.split("\t")[0] for line in answer.splitlines()]
