@@ -44,7 +44,9 @@ RunResult Sandbox::run(const std::vector<std::string>& arguments, std::string_vi
       home_.path(), input);
 }
 
-std::string limited_memory() { return std::string_view(ZAN_SANITIZERS).empty() ? "ulimit -v 600000" : ":"; }
+std::string limited_memory() {
+  return std::string_view(ZAN_SANITIZERS).empty() ? "ulimit -v 600000 2>/dev/null" : ":";
+}
 
 std::string replaced(std::string text, std::string_view mark, std::string_view by) {
   for (std::size_t at = 0; (at = text.find(mark, at)) != std::string::npos; at += by.size())

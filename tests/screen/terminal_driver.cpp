@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <locale.h>
 #include <poll.h>
 #include <sys/ioctl.h>
 #include <sys/resource.h>
@@ -15,6 +16,7 @@
 
 #ifdef __APPLE__
 #include <util.h>
+#include <xlocale.h>
 #else
 #include <pty.h>
 #endif
@@ -77,11 +79,22 @@ void become_job() {
   _exit(WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status));
 }
 
+// The first that the system has.
+std::string utf8_locale() {
+  for (const char* name : {"C.UTF-8", "en_US.UTF-8"}) {
+    const locale_t found = newlocale(LC_ALL_MASK, name, nullptr);
+    if (found == nullptr) continue;
+    freelocale(found);
+    return name;
+  }
+  return "C";
+}
+
 [[noreturn]] void execute(const std::string& home, const TerminalOptions& options) {
   // The screen library keeps what it had begun for a terminal that it could not start: no leak of the
   // program. Signals of a crash are the program's.
   std::vector<std::string> variables{
-      "HOME=" + home, "PATH=" + home + ":/usr/bin:/bin", "LC_ALL=C.UTF-8",
+      "HOME=" + home, "PATH=" + home + ":/usr/bin:/bin", "LC_ALL=" + utf8_locale(),
       "ASAN_OPTIONS=detect_leaks=0:handle_segv=0:handle_sigbus=0:handle_sigfpe=0:handle_sigill=0"};
   if (options.term) variables.push_back("TERM=" + *options.term);
   std::vector<std::string> arguments{"zan", "notes.txt"};

@@ -81,7 +81,7 @@ TEST(Visits, KeysFromAPipe) {
   for (const std::string end : {"\\032WRITE copy.txt\\n", "\\033OP\\033OwWRITE copy.txt\\r"}) {
     const zan::test::ScratchDirectory home;
     const std::string input = "printf 'CHANGE\\nhello\\rworld" + end + "'";
-    const std::string program = "TERM=xterm HOME=. timeout 20 " ZAN_PROGRAM " notes.txt >screen.out";
+    const std::string program = "TERM=xterm HOME=. '" ZAN_PROGRAM "' notes.txt >screen.out";
     EXPECT_EQ(std::system(("cd " + home.path() + " && " + input + " | " + program).c_str()), 0);
     EXPECT_EQ(zan::test::read_file(home / "copy.txt"), "hello\nworld\n");
   }
