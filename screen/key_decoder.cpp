@@ -1,5 +1,7 @@
 #include "screen/key_decoder.h"
 
+#include <string>
+
 namespace zan {
 
 void KeyDecoder::learn(Meaning meaning) {
@@ -10,46 +12,21 @@ void KeyDecoder::learn(Meaning meaning) {
   }
 }
 
-void KeyDecoder::feed(std::string_view bytes) {
-  if (empty()) {
-    bytes_.clear();
-    used_ = 0;
-  }
-  bytes_.append(bytes);
-}
-
-std::optional<int> KeyDecoder::next(bool complete) {
-  if (empty()) return std::nullopt;
-  const auto byte = static_cast<unsigned char>(bytes_[used_]);
+std::optional<KeyDecoder::Key> KeyDecoder::first(std::string_view bytes, bool complete) const {
+  if (bytes.empty()) return std::nullopt;
+  const auto byte = static_cast<unsigned char>(bytes.front());
   if (begins_sequence_[byte]) {
     std::string sequence;
     int key = -1;
-    for (std::size_t i = used_; key < 0 && i < bytes_.size(); ++i) {
-      sequence += bytes_[i];
+    for (std::size_t i = 0; key < 0 && i < bytes.size(); ++i) {
+      sequence += bytes[i];
       // No sequence holds a NUL, which would end it for whoever looks it up.
-      key = bytes_[i] == '\0' ? 0 : meaning_(sequence.c_str());
+      key = bytes[i] == '\0' ? 0 : meaning_(sequence.c_str());
     }
     if (key < 0 && !complete) return std::nullopt;
-    if (key > 0) {
-      used_ += sequence.size();
-      return key;
-    }
+    if (key > 0) return Key{key, sequence.size()};
   }
-  ++used_;
-  return byte;
-}
-
-bool KeyDecoder::remove(char byte) {
-  const std::size_t at = bytes_.find(byte, used_);
-  if (at == std::string::npos) return false;
-  bytes_.erase(at, 1);
-  return true;
-}
-
-std::string KeyDecoder::take_rest() {
-  std::string rest = bytes_.substr(used_);
-  used_ = bytes_.size();
-  return rest;
+  return Key{byte, 1};
 }
 
 } // namespace zan

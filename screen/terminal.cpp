@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -10,7 +10,6 @@
 #include <string>
 #include <string_view>
 #include <sys/ioctl.h>
-#include <sys/select.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utility>
@@ -18,6 +17,7 @@
 #include "host/console.h"
 #include "host/held_signals.h"
 #include "host/signals.h"
+#include "host/standard_input.h"
 #include "host/unique_fd.h"
 #include "screen/curses.h"
 #include "screen/draw.h"
@@ -34,6 +34,11 @@ namespace zan {
 namespace {
 
 constexpr int kEscapeDelay = 25; // milliseconds in which a sequence that has begun goes on
+// A repetition that takes longer looks for Ctrl/C, now and then.
+constexpr std::chrono::milliseconds kLongRepetition{100};
+constexpr std::chrono::milliseconds kBetweenLooks{20};
+
+using Clock = std::chrono::steady_clock;
 
 void wake_up(int) {}         // the wait for a key ends and looks at the terminal's size
 void note_continuation(int); // defined below
@@ -150,13 +155,12 @@ struct Room {
   int visits = 0;               // one inside the other
   bool own_numeric_mode = true; // the library does not send ESC ">" itself
   ScreenSignals signals;
-  KeyDecoder keys;             // what has been read and not been asked for
-  bool reads_terminal = false; // not a pipe or a file
-  bool more_waits = false;     // the terminal had more than was read of it
-  bool ended = false;
-  bool interrupted = false;
+  KeyDecoder keys;
+  bool interrupted = false; // the repetition
+  Clock::time_point next_look;
   volatile std::sig_atomic_t continued = 0; // after a stop
-  std::uint64_t events = 0;
+  std::uint64_t keys_asked_for = 0;
+  std::uint64_t bells = 0;
 };
 
 Room& room() {
@@ -309,50 +313,28 @@ class SignalPause {
   sigset_t before_{};
 };
 
-// Waits for input: positive when there is some, 0 after `milliseconds` (negative: never), negative after a
-// signal.
-int wait_for_input(const sigset_t* mask, int milliseconds) {
-  fd_set input;
-  FD_ZERO(&input);
-  FD_SET(STDIN_FILENO, &input);
-  const timespec limit{0, milliseconds * 1'000'000L};
-  return pselect(STDIN_FILENO + 1, &input, nullptr, nullptr, milliseconds < 0 ? nullptr : &limit, mask);
-}
-
-// Reads input that is there. Key by key, so that what is typed ahead of the end of the program is left to
-// whoever reads next; only what comes faster than anybody types is taken in blocks. A pipe is never read
-// beyond the key.
-void read_input() {
-  constexpr int kPasted = 256;
-  std::array<char, 4096> bytes;
-  int unread = 0;
-  const bool pasted =
-      room().reads_terminal && ioctl(STDIN_FILENO, FIONREAD, &unread) == 0 && unread >= kPasted;
-  const ssize_t count = ::read(STDIN_FILENO, bytes.data(), pasted ? bytes.size() : 1);
-  room().more_waits = unread > count;
-  if (count > 0) room().keys.feed({bytes.data(), static_cast<std::size_t>(count)});
-  else if (count == 0 || (errno != EINTR && errno != EAGAIN)) room().ended = true;
-}
-
-void read_waiting_input() {
-  while (!room().ended && wait_for_input(nullptr, 0) > 0) read_input();
+std::optional<int> take_key(bool complete) {
+  StandardInput& input = standard_input();
+  const auto key = room().keys.first(input.unread(), complete);
+  if (!key) return std::nullopt;
+  input.take(key->length);
+  return key->code;
 }
 
 // A key, KEY_RESIZE among them; nothing at the end of the input. A pending signal ends it.
 std::optional<int> wait_for_key() {
-  Room& the = room();
+  StandardInput& input = standard_input();
   if (g_zan_pending_signal == 0)
-    if (const auto key = the.keys.next(the.ended)) return key;
+    if (const auto key = take_key(false)) return key;
   const SignalPause pause;
-  while (g_zan_pending_signal == 0 && !the.ended) {
-    if (std::exchange(the.continued, 0) != 0) keypad(stdscr, TRUE); // the library leaves it off
-    if (adopt_size()) return KEY_RESIZE;
-    const bool begun = !the.keys.empty();
-    const int ready = wait_for_input(pause.before(), begun ? kEscapeDelay : -1);
-    if (ready > 0) read_input();
-    if (const auto key = the.keys.next(ready == 0 || the.ended)) return key;
+  while (!screen_input_ended()) {
+    if (std::exchange(room().continued, 0) != 0) keypad(stdscr, TRUE); // the library leaves it off
+    const bool begun = !input.unread().empty();
+    if (!begun && adopt_size()) return KEY_RESIZE;
+    const int ready = input.wait(pause.before(), begun ? kEscapeDelay : -1);
+    const bool goes_on = ready > 0 ? input.read_key_bytes() : ready < 0;
+    if (const auto key = take_key(!goes_on)) return key;
   }
-  the.ended = true;
   return std::nullopt;
 }
 
@@ -367,26 +349,23 @@ ScreenSize screen_size() {
 
 void screen_beep() {
   if (!screen_was_started()) return;
-  ++room().events;
+  ++room().bells;
   beep();
 }
 
 void screen_flash() {
   if (!screen_was_started()) return;
-  ++room().events;
+  ++room().bells;
   flash();
 }
 
 ScreenVisit::ScreenVisit(bool pc_keypad) {
   if (room().visits == 0) {
-    room().reads_terminal = isatty(STDIN_FILENO) != 0;
-    // Lines typed ahead of the screen, while Return still is a line's end.
-    if (room().reads_terminal) read_waiting_input();
-    give_input(room().keys.take_rest());
-  }
-  if (room().visits == 0 && !enter()) {
-    report_failure();
-    return;
+    if (!enter()) {
+      report_failure();
+      return;
+    }
+    standard_input().read_across(); // lines typed ahead of the screen
   }
   started_ = true;
   ++room().visits;
@@ -398,12 +377,13 @@ ScreenVisit::ScreenVisit(bool pc_keypad) {
 ScreenVisit::~ScreenVisit() {
   if (!started_ || room().visits == 0 || --room().visits > 0) return;
   // What is typed ahead is line mode's, but the terminal has taken it for keys: its Return is no line's end.
-  if (room().reads_terminal) read_waiting_input();
+  standard_input().read_ahead();
   zan_safe_endwin();
+  standard_input().read_across();
 }
 
 std::optional<int> read_key(const std::function<void()>& redraw) {
-  ++room().events;
+  ++room().keys_asked_for;
   for (;;) {
     const auto key = wait_for_key();
     if (key != KEY_RESIZE) return key;
@@ -412,37 +392,41 @@ std::optional<int> read_key(const std::function<void()>& redraw) {
 }
 
 bool key_waiting() {
-  const Room& the = room();
-  if (!the.keys.empty() || the.ended) return true;
-  return the.reads_terminal ? the.more_waits : wait_for_input(nullptr, 0) > 0;
+  StandardInput& input = standard_input();
+  return !input.unread().empty() || g_zan_pending_signal != 0 || input.waits();
 }
 
-bool screen_input_ended() { return room().ended; }
+bool screen_input_ended() { return g_zan_pending_signal != 0 || standard_input().ended(); }
 
-void forget_interrupt() { room().interrupted = false; }
+bool screen_reads_terminal() { return standard_input().is_terminal(); }
+
+void pass_over_return() {
+  StandardInput& input = standard_input();
+  if (input.unread().empty() && input.waits()) input.read_key_bytes();
+  if (input.unread().starts_with(static_cast<char>(kReturn))) input.take(1);
+}
+
+void begin_repetition() {
+  room().interrupted = false;
+  room().next_look = Clock::now() + kLongRepetition;
+}
+
 void note_interrupt() { room().interrupted = true; }
 
-bool take_interrupt() {
+bool repetition_interrupted() {
   Room& the = room();
-  if (the.interrupted || (the.ended && the.reads_terminal) || g_zan_pending_signal != 0) return true;
-  if (!g_curses_active) return false;
-  read_waiting_input();
-  return the.interrupted = the.keys.remove(kCtrlC);
+  if (the.interrupted || g_zan_pending_signal != 0) return true;
+  const auto now = Clock::now();
+  StandardInput& input = standard_input();
+  if (!g_curses_active || !input.is_terminal() || now < the.next_look) return false;
+  the.next_look = now + kBetweenLooks;
+  input.read_ahead();
+  constexpr char kInterrupt = kCtrlC;
+  return the.interrupted = input.lost_terminal() || input.unread().find(kInterrupt) != std::string_view::npos;
 }
 
-void give_input(std::string bytes) {
-  if (room().reads_terminal) std::ranges::replace(bytes, '\n', '\r');
-  room().keys.feed(bytes);
-}
-
-std::string take_input() {
-  std::string bytes = room().keys.take_rest();
-  // As the terminal does for line mode.
-  if (room().reads_terminal) std::ranges::replace(bytes, '\r', '\n');
-  return bytes;
-}
-
-std::uint64_t screen_events() { return room().events; }
+std::uint64_t keys_asked_for() { return room().keys_asked_for; }
+std::uint64_t bells_rung() { return room().bells; }
 
 } // namespace zan
 

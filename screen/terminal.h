@@ -3,8 +3,6 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
-#include <string>
-#include <string_view>
 
 // What the rest of the program needs of the screen library, without including it.
 
@@ -48,17 +46,17 @@ class ScreenVisit {
 std::optional<int> read_key(const std::function<void()>& redraw);
 bool key_waiting(); // read_key would return at once, or soon
 bool screen_input_ended();
+bool screen_reads_terminal(); // not a pipe or a file
+void pass_over_return();      // if it is the next key, and has been typed already
 
-// For a repetition, which Ctrl/C ends: forget_interrupt before it; take_interrupt is true once Ctrl/C has
-// been typed (it is taken out of the keys typed ahead, the others stay) or has answered a prompt, or no key
-// can come.
-void forget_interrupt();
+// Ctrl/C ends a long repetition ahead of the keys typed before it. It stays among them, so that it is handled
+// when its turn comes. begin_repetition is called before, note_interrupt when Ctrl/C has answered a prompt.
+// Interrupted is also a repetition whose terminal has gone, or whose program is asked to end.
+void begin_repetition();
 void note_interrupt();
-bool take_interrupt();
-// What is read ahead goes from line mode to the screen and back; of a terminal, Return is a line feed there.
-void give_input(std::string bytes);
-std::string take_input();
-// Grows with every key asked for and every bell: what a repetition does although the editor stays the same.
-std::uint64_t screen_events();
+bool repetition_interrupted();
+// What a repetition does although the editor stays the same.
+std::uint64_t keys_asked_for();
+std::uint64_t bells_rung();
 
 } // namespace zan

@@ -227,16 +227,15 @@ void add_count_digit(Editor& editor, int digit) {
   editor.status_message = "GOLD " + std::to_string(count);
 }
 
-// What a GOLD function can change without asking for a key, as far as it is needed to see that it does
-// nothing any more: every function that edits moves the cursor or changes the size of the text until it
-// settles.
+// What a GOLD function can change, as far as it is needed to see that it does nothing any more: every
+// function that edits moves the cursor or changes the size of the text until it settles.
 struct Trace {
   zan::Position cursor;
   std::uint64_t bytes = 0;
   std::uint64_t paste_bytes = 0;
   bool line_numbers = false;
   bool count_pending = false;
-  std::uint64_t events = 0;
+  std::uint64_t keys_asked_for = 0;
   bool operator==(const Trace&) const = default;
 };
 
@@ -246,7 +245,7 @@ Trace trace_of(Editor& editor) {
           editor.paste_text_content().byte_count(),
           editor.line_numbers,
           editor.count_pending,
-          zan::screen_events()};
+          zan::keys_asked_for()};
 }
 
 // Nobody can tell how often something was done that has settled, or goes to and fro between two states, for
@@ -268,10 +267,10 @@ class Settling {
 
 bool repeat_gold(Editor& editor, int key, int count) {
   Settling settling;
-  zan::forget_interrupt();
+  zan::begin_repetition();
   for (int left = count; left > 0; --left) {
     if (editor.handle_gold_key(key)) return true;
-    if (left == 1 || zan::take_interrupt()) break;
+    if (left == 1 || zan::repetition_interrupted()) break;
     if (settling.settled(trace_of(editor))) left = 1 + (left - 1) % 2;
   }
   return false;

@@ -39,7 +39,7 @@ struct Word {
 };
 
 // Ctrl/C is a signal at the prompt and a key on the screen.
-bool interrupted() { return g_zan_abort_requested != 0 || zan::take_interrupt(); }
+bool interrupted() { return g_zan_abort_requested != 0 || zan::repetition_interrupted(); }
 
 // Repeats a movement. Once it stays in place it always will.
 template <typename Move> void move_repeatedly(Editor& editor, const Input& input, Move move) {
@@ -155,7 +155,7 @@ int take_count(Input& input) {
 }
 
 bool stopped(Editor& editor, bool verbose) {
-  if (!zan::take_interrupt()) return editor.check_abort(verbose);
+  if (!zan::repetition_interrupted()) return editor.check_abort(verbose);
   editor.status_message = "Abort";
   return true;
 }
@@ -176,7 +176,7 @@ const Word* take_word(Input& input) {
 
 bool Editor::execute_nokeypad_string(const std::string& commands, bool verbose) {
   const AbortGuard guard;
-  zan::forget_interrupt();
+  zan::begin_repetition();
   for (Input input{commands}; !stopped(*this, verbose);) {
     while (!input.rest.empty() && zan::is_space(input.rest.front())) input.take(1);
     if (input.rest.empty()) return false;

@@ -18,7 +18,7 @@ class KeyLoop {
   explicit KeyLoop(Editor& editor) : editor_(editor) {}
 
   std::optional<int> next() {
-    if (!zan::key_waiting() || Clock::now() - drawn_ > kLongestUndrawn) draw();
+    if (Clock::now() - drawn_ > kLongestUndrawn || !zan::key_waiting()) draw();
     return zan::read_key([this] { draw(); });
   }
 
@@ -35,29 +35,11 @@ class KeyLoop {
   Clock::time_point drawn_;
 };
 
-// What was printed and read ahead belongs to line mode; what is typed after the command is for the screen,
-// and what is typed after the screen's last key is for line mode again.
-class Handover {
- public:
-  explicit Handover(zan::Console& console) : console_(console) {
-    console_.flush();
-    zan::give_input(console_.take_input());
-  }
-  ~Handover() {
-    if (!g_curses_active) console_.put_back(zan::take_input());
-  }
-  Handover(const Handover&) = delete;
-  Handover& operator=(const Handover&) = delete;
-
- private:
-  zan::Console& console_;
-};
-
 } // namespace
 
 void Editor::screen_mode() {
   append_journal_line("CHANGE");
-  const Handover handover(console);
+  console.flush();
   const zan::ScreenVisit visit(keypad == "PC");
   if (!visit) return;
   const RowReports silent_keys(*this, false);
@@ -75,7 +57,7 @@ void Editor::screen_mode() {
 }
 
 void Editor::nokeypad_mode() {
-  const Handover handover(console);
+  console.flush();
   const zan::ScreenVisit visit(keypad == "PC");
   if (!visit) return;
   status_message = "Nokeypad — type commands (HELP NOKEYPAD); EX or Ctrl/Z to leave";

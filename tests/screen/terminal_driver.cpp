@@ -5,6 +5,7 @@
 #include <chrono>
 #include <csignal>
 #include <cstdio>
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <locale.h>
 #include <poll.h>
@@ -140,6 +141,7 @@ TerminalDriver::TerminalDriver(const TerminalOptions& options)
   const rlimit no_core{};
   setrlimit(RLIMIT_CORE, &no_core);
   if (options.job) become_job();
+  if (options.nonblocking) fcntl(STDIN_FILENO, F_SETFL, O_RDWR | O_NONBLOCK);
   std::signal(SIGHUP, SIG_DFL);
   if (options.ignores != 0) std::signal(options.ignores, SIG_IGN);
   execute(home_.path(), options);

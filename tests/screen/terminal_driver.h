@@ -31,6 +31,7 @@ struct TerminalOptions {
   std::vector<std::string> arguments; // behind the file's name
   int ignores = 0;                    // a signal that is ignored, as SIGHUP is under nohup
   bool job = false;                   // under a shell, which it can be stopped for
+  bool nonblocking = false;           // somebody has set the terminal not to wait
 };
 
 // The program on a pseudo-terminal, whose other end is a terminal emulator. All waits end at a deadline,

@@ -76,15 +76,47 @@ TEST(Visits, TerminalsWithoutACursorAreRefused) {
   }
 }
 
-// After CHANGE the rest of a pipe is keys, after Ctrl/Z commands again; its end ends screen mode.
-TEST(Visits, KeysFromAPipe) {
-  for (const std::string end : {"\\032WRITE copy.txt\\n", "\\033OP\\033OwWRITE copy.txt\\r"}) {
-    const zan::test::ScratchDirectory home;
-    const std::string input = "printf 'CHANGE\\nhello\\rworld" + end + "'";
-    const std::string program = "TERM=xterm HOME=. '" ZAN_PROGRAM "' notes.txt >screen.out";
-    EXPECT_EQ(std::system(("cd " + home.path() + " && " + input + " | " + program).c_str()), 0);
-    EXPECT_EQ(zan::test::read_file(home / "copy.txt"), "hello\nworld\n");
+// After CHANGE the rest of a pipe or file is keys, after Ctrl/Z commands again; its end ends screen mode.
+TEST(Visits, KeysFromAPipeOrFile) {
+  struct Case {
+    std::string input, copy; // as printf has it; the text of the copy
+  };
+  const Case cases[] = {
+      {"CHANGE\\nhello\\rworld\\032WRITE copy\\n", "hello\nworldone\ntwo\n"},
+      {"CHANGE\\nhello\\rworld\\033OP\\033OwWRITE copy\\r", "hello\nworldone\ntwo\n"},
+      {"CHANGE\\n\\033OP3\\033Oq\\032CHANGE\\nY\\032T\\nWRITE copy\\n", "ONEY\ntwo\n"},
+      {"CHANGE\\nX\\032PRINT\\nCHANGE\\nY\\032WRITE copy\\n", "XYone\ntwo\n"},
+      {"SET NOKEYPAD\\nCHANGE\\nW\\nDW\\nEX\\nWRITE copy\\n", "one\n\n"},
+      {"CHANGE\\n\\033OP3\\033Oq\\032INSERT x\\003y\\nWRITE copy\\n", "ONEx\3y\ntwo\n"},
+      {"CHANGE\\n\\033OP\\033OwINSERT\\r\\032z\\r\\032\\r\\032WRITE copy\\n", "\32zone\ntwo\n"},
+  };
+  for (const auto& [input, copy] : cases) {
+    for (const char* start : {" | ", " >in; <in "}) {
+      SCOPED_TRACE(input + start);
+      const zan::test::ScratchDirectory home;
+      zan::test::write_file(home / "notes.txt", "one\ntwo\n");
+      const std::string program = "TERM=xterm HOME=. timeout 20 '" ZAN_PROGRAM "' notes.txt >screen.out";
+      EXPECT_EQ(std::system(("cd " + home.path() + " && printf '" + input + "'" + start + program).c_str()),
+                0);
+      EXPECT_EQ(zan::test::read_file(home / "copy"), copy);
+    }
   }
+}
+
+TEST(Visits, ATerminalThatDoesNotWaitIsWaitedFor) {
+  TerminalOptions options;
+  options.nonblocking = true;
+  for (int i = 0; i < 5000; ++i) options.text += "more\n";
+  TerminalDriver terminal(options);
+  terminal.shows_text("*");
+  terminal.type("TYPE WHOLE\n");
+  terminal.shows_text("5003 more");
+  EXPECT_EQ(terminal.times_sent(" more\r\n"), 5000U);
+  terminal.enter_screen();
+  terminal.type("x");
+  terminal.shows_text("xone");
+  terminal.type("\032EXIT\r");
+  EXPECT_EQ(terminal.exit_status(), 0);
 }
 
 TEST(Visits, ByAMacro) {
