@@ -38,11 +38,13 @@ zan::TypedLine zan::read_screen_line(Editor& editor, std::string_view prompt, st
     if (!key_waiting()) show();
     const auto key = read_key(redraw);
     if (!key) return {};
+    const bool ends_here = key == kCtrlZ && line.answer().empty() && screen_reads_terminal();
     const auto outcome = line.take(*key);
     // Of what comes faster than anybody types, one bell is enough.
     const bool follows = std::exchange(refused, outcome == PromptEditor::Outcome::refused) && key_waiting();
     if (refused && !follows) screen_beep();
-    if (outcome == PromptEditor::Outcome::answered) return {line.answer()};
+    if (ends_here) pass_over_return();
+    if (ends_here || outcome == PromptEditor::Outcome::answered) return {line.answer()};
     if (outcome == PromptEditor::Outcome::cancelled) {
       note_interrupt();
       return {std::nullopt, true};
