@@ -265,12 +265,23 @@ class Settling {
   int alike_ = 0;
 };
 
+// A function that rings has failed, and would again: once is enough. What rings at a prompt does not count.
+class Ringing {
+ public:
+  bool rang() const { return zan::bells_rung() != bells_ && zan::keys_asked_for() == keys_; }
+
+ private:
+  std::uint64_t bells_ = zan::bells_rung();
+  std::uint64_t keys_ = zan::keys_asked_for();
+};
+
 bool repeat_gold(Editor& editor, int key, int count) {
   Settling settling;
   zan::begin_repetition();
   for (int left = count; left > 0; --left) {
+    const Ringing ringing;
     if (editor.handle_gold_key(key)) return true;
-    if (left == 1 || zan::repetition_interrupted()) break;
+    if (left == 1 || ringing.rang() || zan::repetition_interrupted()) break;
     if (settling.settled(trace_of(editor))) left = 1 + (left - 1) % 2;
   }
   return false;
