@@ -1,5 +1,5 @@
 # For Homebrew, from a checkout: brew install --formula --HEAD packaging/zan.rb, with HOMEBREW_ZAN_SOURCE naming the
-# checkout. Its steps were played by hand on Linux with a prefix of their own; brew itself was not at hand.
+# checkout. Not tried yet: brew was not at hand.
 class Zan < Formula
   desc "Line and screen editor for a character terminal"
   homepage "https://example.org/zan"
