@@ -6,7 +6,7 @@
 
 bool TextBuffer::has_wildcards(const std::string& pattern) { return zan::has_wildcards(pattern); }
 
-std::string TextBuffer::to_lower(std::string text) { return zan::lower(text); }
+std::string TextBuffer::to_lower(std::string_view text) { return zan::lower(text); }
 
 std::int64_t TextBuffer::wmatch(const char* pattern, const char* text, std::size_t length) {
   const auto matched =

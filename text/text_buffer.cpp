@@ -122,8 +122,8 @@ void TextBuffer::split_line_at(std::uint64_t row, std::span<const std::uint64_t>
   builder.append(lines_, copied, lines_.byte_count());
   lines_ = builder.finish();
   // From the right, so that the splits still to come keep their columns.
-  for (auto column = columns.rbegin(); column != columns.rend(); ++column)
-    after_edit({.begin = {row, *column}, .end = {row, *column}, .end_now = {row + 1, 0}});
+  for (std::size_t i = columns.size(); i-- > 0;)
+    after_edit({.begin = {row, columns[i]}, .end = {row, columns[i]}, .end_now = {row + 1, 0}});
 }
 
 char TextBuffer::backspace(std::uint64_t& row, std::uint64_t& col) {

@@ -86,7 +86,7 @@ class TextBuffer {
 
   // ---- search/: one pattern against lines
   static bool has_wildcards(const std::string& pattern);
-  static std::string to_lower(std::string text);
+  static std::string to_lower(std::string_view text);
   // Length of the match at the start of text[0, length), or -1. `pattern` is read up to its NUL.
   static std::int64_t wmatch(const char* pattern, const char* text, std::size_t length);
   std::optional<zan::Position> find_forward(const std::string& pattern, std::uint64_t row, std::uint64_t col,
