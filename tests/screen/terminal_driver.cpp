@@ -142,7 +142,7 @@ TerminalDriver::TerminalDriver(const TerminalOptions& options)
   setrlimit(RLIMIT_CORE, &no_core);
   if (options.job) become_job();
   if (options.nonblocking) fcntl(STDIN_FILENO, F_SETFL, O_RDWR | O_NONBLOCK);
-  std::signal(SIGHUP, SIG_DFL);
+  for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) std::signal(signal, SIG_DFL); // a shell may ignore them
   if (options.ignores != 0) std::signal(options.ignores, SIG_IGN);
   execute(home_.path(), options);
 }

@@ -29,8 +29,7 @@ bool redirect(const std::string& path, int descriptor) {
   const bool ready = dup2(input, STDIN_FILENO) >= 0 && close(input) == 0 &&
                      redirect(home + "/stdout", STDOUT_FILENO) && redirect(home + "/stderr", STDERR_FILENO) &&
                      chdir((home + "/work").c_str()) == 0;
-  std::signal(SIGPIPE, SIG_DFL);
-  std::signal(SIGHUP, SIG_DFL);
+  for (const int signal : {SIGPIPE, SIGHUP, SIGINT, SIGQUIT}) std::signal(signal, SIG_DFL);
   alarm(kDeadline); // outlives exec: the program cannot hang, so nobody needs to watch the clock
   if (ready) execve(words[0].c_str(), as_pointers(words).data(), as_pointers(settings).data());
   _exit(127);
