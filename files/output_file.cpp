@@ -15,7 +15,7 @@ Saved save_output(std::string& path, const ByteSource& source, const Guard& guar
   if (!has_vms_version(path)) return save_file(path, source, SaveMode::replace, guard);
   const std::string base(strip_vms_version(path));
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    const Saved saved = save_file(path, source, SaveMode::create_exclusively);
+    Saved saved = save_file(path, source, SaveMode::create_exclusively);
     if (saved.result != SaveResult::exists) return saved;
     const std::string next = next_vms_version(base, file_exists);
     if (next == path) return save_file(path, source, SaveMode::replace, guard);

@@ -89,7 +89,8 @@ std::optional<Place> find_place(const std::string& path) {
     if (leaf.empty()) return std::nullopt;
     base = open_at(base ? base.get() : AT_FDCWD, parent.empty() ? "." : parent, kLookUp | O_DIRECTORY, 0);
     if (!base) return std::nullopt;
-    base_path = parent.starts_with('/') ? parent : base_path + parent;
+    if (parent.starts_with('/')) base_path.clear();
+    base_path += parent;
     rest = read_link(base.get(), leaf);
     if (rest.empty()) return Place{std::move(base), std::move(leaf), std::move(base_path)};
   }

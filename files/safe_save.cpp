@@ -125,7 +125,7 @@ Saved save_file(const std::string& path, const ByteSource& source, SaveMode mode
     UniqueFd target = open_target(path);
     if (target) return overwrite(path, std::move(target), source, guard);
     if (errno != ENOENT) break;
-    const Saved created = create(path, source);
+    Saved created = create(path, source);
     if (created.result != SaveResult::exists) return created; // else it has appeared meanwhile
   }
   return {};
