@@ -28,6 +28,7 @@ class StandardInput {
 
   std::string_view unread() const { return std::string_view(bytes_).substr(used_); }
   void take(std::size_t count) { used_ += count; } // of them
+  void retype(char key) { bytes_ += key; }         // behind them
   bool ended() const { return ended_ && unread().empty(); }
   bool waits() const { return wait(nullptr, 0) > 0; } // something can be read, be it the end
   // Positive when something can be read, 0 after `milliseconds` (negative: never), negative after a signal.

@@ -40,6 +40,15 @@ constexpr std::chrono::milliseconds kBetweenLooks{20};
 
 using Clock = std::chrono::steady_clock;
 
+// What ISIG makes signals of besides Ctrl/C.
+constexpr std::array kSignalCharacters{
+    VQUIT,
+    VSUSP,
+#ifdef VDSUSP
+    VDSUSP,
+#endif
+};
+
 void wake_up(int) {}         // the wait for a key ends and looks at the terminal's size
 void note_continuation(int); // defined below
 
@@ -156,7 +165,8 @@ struct Room {
   bool own_numeric_mode = true; // the library does not send ESC ">" itself
   ScreenSignals signals;
   KeyDecoder keys;
-  bool interrupted = false; // the repetition
+  std::optional<termios> modes_for_keys; // while Ctrl/C is a signal
+  bool interrupted = false;              // the repetition
   Clock::time_point next_look;
   volatile std::sig_atomic_t continued = 0; // after a stop
   std::uint64_t keys_asked_for = 0;
@@ -324,6 +334,7 @@ std::optional<int> take_key(bool complete) {
 // A key, KEY_RESIZE among them; nothing at the end of the input. A pending signal ends it.
 std::optional<int> wait_for_key() {
   StandardInput& input = standard_input();
+  make_interrupt_a_key();
   if (g_zan_pending_signal == 0)
     if (const auto key = take_key(false)) return key;
   const SignalPause pause;
@@ -404,6 +415,27 @@ void pass_over_return() {
   StandardInput& input = standard_input();
   if (input.unread().empty() && input.waits()) input.read_key_bytes();
   if (input.unread().starts_with(static_cast<char>(kReturn))) input.take(1);
+}
+
+void make_interrupt_a_signal() {
+  termios modes{};
+  if (!g_curses_active || !screen_reads_terminal() || tcgetattr(STDIN_FILENO, &modes) != 0) return;
+  room().modes_for_keys = modes;
+  modes.c_lflag |= ISIG | NOFLSH;
+  for (const int other : kSignalCharacters) modes.c_cc[other] = _POSIX_VDISABLE;
+  modes.c_cc[VINTR] = kCtrlC;
+  tcsetattr(STDIN_FILENO, TCSANOW, &modes);
+}
+
+void make_interrupt_a_key() {
+  const auto modes = std::exchange(room().modes_for_keys, std::nullopt);
+  if (modes && g_curses_active) tcsetattr(STDIN_FILENO, TCSANOW, &*modes);
+}
+
+void retype_interrupt() {
+  if (!g_curses_active || !screen_reads_terminal()) return;
+  standard_input().read_ahead();
+  standard_input().retype(kCtrlC);
 }
 
 void begin_repetition() {

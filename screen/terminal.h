@@ -49,6 +49,13 @@ bool screen_input_ended();
 bool screen_reads_terminal(); // not a pipe or a file
 void pass_over_return();      // if it is the next key, and has been typed already
 
+// From now on, while the screen reads a terminal, Ctrl/C is the signal that it is in line mode, so that it
+// can end a wait for a file, or a long search. The next wait for a key ends this too.
+void make_interrupt_a_signal();
+void make_interrupt_a_key();
+// The signal has been answered: Ctrl/C is typed again, behind the keys that have arrived.
+void retype_interrupt();
+
 // Ctrl/C ends a long repetition ahead of the keys typed before it. It stays among them, so that it is handled
 // when its turn comes. begin_repetition is called before, note_interrupt when Ctrl/C has answered a prompt.
 // Interrupted is also a repetition whose terminal has gone, or whose program is asked to end.

@@ -1,12 +1,13 @@
 #include "app/editor.h"
 #include "host/signals.h"
+#include "screen/terminal.h"
 
 namespace {
 
 // A signal that asks the program to end goes on stopping whatever runs.
 void forget_abort() {
-  g_zan_abort_requested = 0;
-  if (g_zan_pending_signal != 0) g_zan_abort_requested = 1;
+  if (g_zan_abort_requested != 0 && g_zan_pending_signal == 0) zan::retype_interrupt();
+  g_zan_abort_requested = g_zan_pending_signal != 0 ? 1 : 0;
 }
 
 } // namespace
@@ -18,9 +19,11 @@ Editor::AbortGuard::AbortGuard() {
   sigemptyset(&action.sa_mask);
   // Without SA_RESTART, so that a question waiting for its answer ends at once.
   sigaction(SIGINT, &action, &previous_);
+  zan::make_interrupt_a_signal();
 }
 
 Editor::AbortGuard::~AbortGuard() {
+  zan::make_interrupt_a_key();
   sigaction(SIGINT, &previous_, nullptr);
   // A Ctrl/C that came too late for this command must not stop a search outside any guard.
   forget_abort();

@@ -297,6 +297,28 @@ TEST(Interrupt, EndsTheWaitForAnotherProgram) {
   }
 }
 
+// There Ctrl/C is a key, but not while a command waits for something else. Every one is handled as a key too.
+TEST(Interrupt, EndsTheWaitOnTheScreen) {
+  for (const std::string_view line : kEndless) {
+    const std::string command(line.substr(0, line.size() - 1));
+    SCOPED_TRACE(command);
+    TerminalOptions options;
+    options.arguments = {"fifo"};
+    options.startup = "DEFINE KEY CTRL C AS \"INSERT b\"\n";
+    TerminalDriver terminal(options);
+    ASSERT_EQ(mkfifo((terminal.home() / "fifo").c_str(), 0600), 0);
+    terminal.enter_screen();
+    terminal.type("\033OP\033Ow" + command + "\r");
+    const auto inserted = [&](const Shown& shown) {
+      terminal.type("\003");
+      return shown.row(0).starts_with("b");
+    };
+    terminal.wait_until(inserted, "  the b of Ctrl/C\n");
+    kill(terminal.program(), SIGTERM);
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
+  }
+}
+
 // A terminal whose other end nobody reads any more.
 TEST(Signals, EndAProgramThatIsHeldUpByItsTerminal) {
   for (const bool on_screen : {false, true}) {
