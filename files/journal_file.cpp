@@ -8,6 +8,7 @@
 #include <sys/uio.h>
 
 #include "files/block_writer.h"
+#include "files/file_attributes.h"
 #include "files/place.h"
 #include "files/stat.h"
 
@@ -99,9 +100,13 @@ bool append_journal_line(const JournalFile& journal, std::string_view line) {
   const OpenJournal opened = open_journal(journal);
   struct stat file {};
   if (!opened.file || ::fstat(opened.file.get(), &file) != 0 || !is_trusted(journal, file)) return false;
-  if (!is_protected(journal, file)) return append_line(opened.file.get(), file.st_size, line);
-  if (opened.created && file.st_size == 0) remove_created(journal.path);
-  return false;
+  const bool is_new = opened.created && file.st_size == 0;
+  if (is_protected(journal, file)) {
+    if (is_new) remove_created(journal.path);
+    return false;
+  }
+  if (is_new) set_mode_bits(opened.file.get(), kOwnerOnly); // what the umask took from the owner
+  return append_line(opened.file.get(), file.st_size, line);
 }
 
 bool journal_may_be_replayed(const JournalFile& journal) {
