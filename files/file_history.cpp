@@ -5,7 +5,7 @@ namespace zan {
 OriginRef FileHistory::loaded(const OriginRef& fresh) {
   if (fresh->state.kind != FileState::Kind::present) return fresh;
   OriginRef& known = origins_[fresh->state];
-  if (known == nullptr || known->path != fresh->path) known = fresh;
+  if (known == nullptr) known = fresh;
   return known;
 }
 

@@ -12,7 +12,7 @@ namespace zan {
 class FileHistory {
  public:
   // The origin for a text that has just been loaded: the one given, or that of an earlier text of the same
-  // path when the file is still as this session read or left it.
+  // file, by whatever name, when it is still as this session read or left it.
   OriginRef loaded(const OriginRef& fresh);
   void wrote(const FileState& state, const OriginRef& origin);
   bool belongs_to(const FileState& state, const OriginRef& origin) const;
