@@ -67,7 +67,8 @@ struct EditorState {
   // ---- fields: writing files
   std::string last_written_path; // versions included
   zan::FileHistory file_history; // what this session has read and written
-  std::string unsaved_copy;      // the only whole text of a save that failed halfway
+  std::string unsaved_copy;      // the only whole text of a save that failed halfway; "": there is none
+  std::string kept_copy;         // the text of another program that such a save has overwritten; "": none
   bool vms_versions = false;     // every save makes the next ";n" version
   bool rms_fixed = false;        // fixed-length records
   int rms_record_length = 80;    // bytes of a fixed record
@@ -77,10 +78,10 @@ struct EditorState {
   std::map<char, char, zan::SignedByteOrder> xlate_map;
 
   // ---- fields: buffers
-  bool input_found = false;                 // the last load of MAIN found its file
-  Text main_on_disk;                        // MAIN's file as last read or written; UNDO does not change it
-  TextBuffer current;                       // working copy of the current buffer; every edit is made here
-  zan::BufferRegistry buffers;              // all named buffers; stale for the current one until it is saved
+  bool input_found = false;         // the last load of MAIN found its file
+  std::optional<Text> main_on_disk; // MAIN's file as last read or written, over UNDO too; not known: none
+  TextBuffer current;               // working copy of the current buffer; every edit is made here
+  zan::BufferRegistry buffers;      // all named buffers; stale for the current one until it is saved
   std::string current_buffer_name = "MAIN"; // the buffer that `current` stands for
 
   // ---- fields: place in the text
@@ -114,9 +115,10 @@ struct EditorState {
   bool debug_keys = false;              // show the last key on the status line
   std::string last_key_name;
   std::map<std::string, std::string> key_definitions;
-  std::map<std::string, bool> macros;   // names of buffers that are macros
-  std::vector<std::string> macro_stack; // macros now running, innermost last
-  std::set<std::string> running_macros; // the same names, for the recursion guard
+  std::map<std::string, bool> macros;                   // names of buffers that are macros
+  std::map<std::string, Text, std::less<>> macro_texts; // what DEFINE MACRO has last put into them
+  std::vector<std::string> macro_stack;                 // macros now running, innermost last
+  std::set<std::string> running_macros;                 // the same names, for the recursion guard
 
   // ---- fields: history, newest last
   std::deque<UndoSnapshot> undo_stack;

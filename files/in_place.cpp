@@ -1,6 +1,5 @@
 #include "files/in_place.h"
 
-#include <cstdlib>
 #include <fcntl.h>
 #include <optional>
 #include <sys/stat.h>
@@ -38,9 +37,8 @@ std::optional<NewText> copy_of_new_text(const Place* place, const ByteSource& so
   if (place != nullptr) {
     if (auto copy = copy_into(place->directory.get(), place->path, leaf, source)) return copy;
   }
-  const char* const others[] = {std::getenv("HOME"), std::getenv("TMPDIR"), "/tmp"};
-  for (const char* path : others) {
-    const UniqueFd directory = path == nullptr ? UniqueFd() : open_directory(path);
+  for (const std::string& path : and_spare_directories({})) {
+    const UniqueFd directory = open_directory(path);
     if (!directory) continue;
     if (auto copy = copy_into(directory.get(), path_in(path, ""), leaf, source)) return copy;
   }
@@ -116,7 +114,9 @@ InPlace write_in_place(UniqueFd target, const std::string& path, const Place* pl
   const bool halfway = touched && !saved;
   copy->file.keep(halfway);
   others.stay(touched);
-  return {saved, touched && known ? state_of(after) : FileState{}, others.path(), halfway ? copy->path : ""};
+  FileState state;
+  if (touched) state = known ? state_of(after) : FileState{FileState::Kind::unreadable};
+  return {saved, state, others.path(), halfway ? copy->path : ""};
 }
 
 } // namespace zan

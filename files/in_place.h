@@ -8,7 +8,7 @@ namespace zan {
 
 struct InPlace {
   bool saved = false;
-  FileState state = {};     // of the file, once bytes of it have been overwritten; until then missing
+  FileState state = {};     // as in Saved: files/safe_save.h
   std::string kept = {};    // where the guard has its old text
   std::string unsaved = {}; // the private copy, if the file holds only part of its text
 };

@@ -38,8 +38,10 @@ bool OthersText::keep_entry(const Place& place, const Guard& guard) {
   if (::fstatat(place.directory.get(), place.leaf.c_str(), &file, AT_SYMLINK_NOFOLLOW) != 0)
     return errno == ENOENT;
   if (!must_be_kept(file, guard)) return true;
+  // Beside the file only: a link elsewhere might show it to more people.
+  const std::string& beside = guard.directories.front();
+  if (link_into(beside, guard.copy_name, place, file)) return true;
   for (const std::string& directory : guard.directories) {
-    if (link_into(directory, guard.copy_name, place, file)) return true;
     if (copy_into(directory, guard.copy_name, open_in(place, O_RDONLY | O_NOFOLLOW), file)) return true;
   }
   return false;

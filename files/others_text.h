@@ -14,7 +14,7 @@ namespace zan {
 struct Guard {
   std::function<bool(const FileState&)> may_replace; // a file in that state; none: in any
   std::string copy_name;                // what else is there is kept under this name, or name.1 ...
-  std::vector<std::string> directories; // in the first of these where that can be done
+  std::vector<std::string> directories; // in the first of these where that can be done; first: the file's own
 };
 
 // The second name or the copy of a file that is about to be replaced or overwritten. It goes again with this

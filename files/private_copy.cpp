@@ -1,5 +1,7 @@
 #include "files/private_copy.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <sys/stat.h>
 
 #include "files/block_writer.h"
@@ -47,6 +49,18 @@ std::optional<std::string> write_private_copy(const std::string& directory, cons
   if (!named) return std::nullopt;
   sync_directory(place.get());
   return path;
+}
+
+std::vector<std::string> and_spare_directories(std::initializer_list<std::string> directories) {
+  std::vector<std::string> all;
+  const auto add = [&](const std::string& directory) {
+    if (std::ranges::find(all, directory) == all.end()) all.push_back(directory);
+  };
+  for (const std::string& directory : directories) add(directory);
+  const char* const spares[] = {std::getenv("HOME"), std::getenv("TMPDIR"), "/tmp"};
+  for (const char* spare : spares)
+    if (spare != nullptr) add(spare);
+  return all;
 }
 
 std::string directory_of(std::string_view path) {

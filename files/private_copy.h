@@ -1,8 +1,10 @@
 #pragma once
 
 #include <functional>
+#include <initializer_list>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "files/place.h"
 
@@ -25,6 +27,9 @@ std::optional<std::string> take_free_name(const std::string& name,
 // memory.
 std::optional<std::string> write_private_copy(const std::string& directory, const std::string& name,
                                               const CopyWriter& write);
+
+// The places for a copy in their order, each once: the given ones, home, $TMPDIR and /tmp.
+std::vector<std::string> and_spare_directories(std::initializer_list<std::string> directories);
 
 std::string directory_of(std::string_view path);                            // "." for a bare name
 std::string path_in(const std::string& directory, const std::string& name); // the bare name in "."

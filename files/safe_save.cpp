@@ -48,7 +48,7 @@ bool rename_is_refused(int error) {
 
 FileState state_of_open(int file) {
   struct stat status {};
-  return ::fstat(file, &status) == 0 ? state_of(status) : FileState{};
+  return ::fstat(file, &status) == 0 ? state_of(status) : FileState{FileState::Kind::unreadable};
 }
 
 RenameResult replace_by_rename(int target, mode_t mode, const Place& place, const ByteSource& source,

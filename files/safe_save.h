@@ -21,7 +21,9 @@ enum class SaveResult {
 
 struct Saved {
   SaveResult result = SaveResult::failed;
-  FileState state = {};     // of the file with the new text, or with part of it; missing: nothing was written
+  // Of the file with the new text, or with part of it. missing: nothing was written, or it was a device;
+  // unreadable: something was, but the file cannot be looked at.
+  FileState state = {};
   std::string kept = {};    // where the text lies that the file held and the guard would not lose; "": none
   std::string unsaved = {}; // the private copy that has become the only whole text; "": there is none
 

@@ -1,6 +1,5 @@
 #include "app/members/rescue.h"
 
-#include <cstdlib>
 #include <unistd.h>
 
 #include "app/editor_state.h"
@@ -21,16 +20,20 @@ bool differs(const LineStore& a, const LineStore& b) noexcept {
 }
 
 bool would_be_lost(const EditorState& editor, std::string_view name, const TextBuffer& buffer) {
-  if (name == "MAIN") return differs(buffer.lines(), editor.main_on_disk);
-  return !buffer.lines().empty() && (name == "PASTE" || !editor.macros.contains(std::string(name)));
+  if (name == "MAIN") return !editor.main_on_disk || differs(buffer.lines(), *editor.main_on_disk);
+  const auto macro = editor.macro_texts.find(name);
+  const bool is_definition = macro != editor.macro_texts.end() && !differs(buffer.lines(), macro->second);
+  return !buffer.lines().empty() && !is_definition;
 }
 
 std::optional<std::string> write_copy(const EditorState& editor, std::string_view name,
                                       const LineStore& text) {
   const std::string copy = rescue_name(editor.input_file, name == "MAIN" ? "" : name);
-  if (auto path = write_rescue_copy(directory_of(editor.journal_path()), copy, text)) return path;
-  const char* home = std::getenv("HOME");
-  return home != nullptr ? write_rescue_copy(home, copy, text) : std::nullopt;
+  const auto directories =
+      and_spare_directories({directory_of(editor.input_file), directory_of(editor.journal_path())});
+  for (const std::string& directory : directories)
+    if (auto path = write_rescue_copy(directory, copy, text)) return path;
+  return std::nullopt;
 }
 
 } // namespace

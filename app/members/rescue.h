@@ -8,10 +8,10 @@ struct EditorState;
 
 namespace zan {
 
-// Writes the text of each buffer but macros, as plain lines, to a file of its own beside the journal, or else
-// in the home directory; files/rescue_copy.h has the names. Left out are a MAIN that is what its file holds,
-// and other buffers that are empty. The paths of the copies are returned. Says nothing, touches no terminal
-// and never throws: what cannot be rescued is lost.
+// Writes the text of each buffer, as plain lines, to a file of its own beside the edited file, or else beside
+// the journal, at home, in $TMPDIR or /tmp; files/rescue_copy.h has the names. Left out are a MAIN that is
+// what its file holds, macros as they were defined and other buffers that are empty. The paths of the copies
+// are returned. Says nothing, touches no terminal and never throws: what cannot be rescued is lost.
 std::vector<std::string> rescue(const EditorState& editor) noexcept;
 
 // Where standard error is a terminal, says on one line where the copies are, if there are any; `before` goes

@@ -46,6 +46,7 @@ void Editor::clear_buffer_command(const std::string& arg, bool verbose) {
   if (name == current_buffer_name) find_buffer("MAIN", false);
   buffers.erase(name);
   macros.erase(name);
+  macro_texts.erase(name);
   say(verbose, "Buffer ", name, " deleted\n");
 }
 

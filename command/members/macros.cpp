@@ -60,6 +60,7 @@ void Editor::define_macro(const std::string& name, const std::vector<std::string
   buffer.set_text(join_lines_as_text(commands));
   if (name == current_buffer_name) current = buffer;
   macros[name] = true;
+  macro_texts[name] = buffer.lines();
 }
 
 // The lines typed for a macro, up to END or a blank one.

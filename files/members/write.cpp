@@ -1,7 +1,5 @@
 #include "app/editor.h"
 
-#include <cstdlib>
-
 #include "command/write_arguments.h"
 #include "files/output_file.h"
 #include "files/records.h"
@@ -80,10 +78,12 @@ bool Editor::write_lines_file(std::string& path, const Text& text, const zan::Ro
   file_history.wrote(saved.state, own != nullptr ? own : origin_of_written(saved.state));
   report_kept_text(path, saved.kept);
   unsaved_copy = saved.unsaved;
-  if (!saved) return false;
-  last_written_path = path;
-  if (is_same_file(path, input_file)) main_on_disk = rows_of(text, rows);
-  return true;
+  kept_copy = saved ? "" : saved.kept;
+  const bool is_mains = own != nullptr || (zan::file_exists(path) && is_same_file(path, input_file));
+  if (saved && is_mains) main_on_disk = rows_of(text, rows);
+  if (!saved && is_mains && saved.state.kind != zan::FileState::Kind::missing) main_on_disk.reset();
+  if (saved) last_written_path = path;
+  return static_cast<bool>(saved);
 }
 
 bool Editor::save_buffer_to_path(TextBuffer& buffer, std::string& path, bool) {
@@ -113,9 +113,7 @@ zan::Guard Editor::guard_of(const std::string& path, const zan::OriginRef& own) 
   const auto may_replace = [this, own](const zan::FileState& state) {
     return file_history.belongs_to(state, own);
   };
-  const std::string directory = zan::directory_of(path);
-  const char* home = std::getenv("HOME");
-  return {may_replace, zan::rescue_name(path, ""), {directory, home != nullptr ? home : directory}};
+  return {may_replace, zan::rescue_name(path, ""), zan::and_spare_directories({zan::directory_of(path)})};
 }
 
 // What WRITE puts into MAIN's file, by whatever name, is no surprise to the user when MAIN is saved.

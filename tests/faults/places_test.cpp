@@ -146,6 +146,21 @@ TEST(Places, OfAFileThatCannotBeRead) {
     }
 }
 
+// Neither beside the file and its journal nor at home; the text of another program and that of the session.
+TEST(Places, OfTheCopies) {
+  for (const bool saves : {true, false}) {
+    const Stage stage;
+    stage.prepare("echo one >g; echo old >f; chmod 666 f g; chmod 555 .");
+    Start start{{"g", "f"}, "SUBSTITUTE/one/new/\nNEXT\nUNDO\nEXIT\n", as_nobody()};
+    if (!saves) start.arguments.emplace_back("-output=no/f");
+    start.environment["HOME"] = "/no";
+    const RunResult run = stage.run(start);
+    EXPECT_EQ(run.status, saves ? 0 : 2) << run.errors;
+    EXPECT_EQ(read_file(stage / "f"), saves ? "one\n" : "old\n");
+    EXPECT_EQ(read_file(stage.home("spare/f.save")), saves ? "old\n" : "one\n");
+  }
+}
+
 TEST(Places, TheJournalIsSyncedOnlyWhileThePromptWaits) {
   const auto synced = [](const Stage& stage) {
     return std::ranges::any_of(stage.calls(), [](const auto& call) { return call.starts_with("fsync"); });

@@ -142,6 +142,7 @@ TEST(SafeSave, WhatCannotBeKeptIsNotOverwritten) {
   EXPECT_EQ(zan::save_file(dir / "linked", source_of("new"), SaveMode::replace, guard).kept, dir / "copy.1");
   EXPECT_EQ(read_file(dir / "a") + read_file(dir / "other"), "newnew");
   EXPECT_EQ(read_file(dir / "copy") + read_file(dir / "copy.1"), "theirstheirs");
+  EXPECT_EQ(stat_of(dir / "copy").st_mode & 0777, 0600U); // not a link, which has the file's mode
 }
 
 TEST(SafeSave, NewVersionOverwritesNothing) {
