@@ -17,7 +17,7 @@ zan::RowStretch stretch_of(const Editor::LineRange& range) {
 bool is_same_file(const std::string& a, const std::string& b) {
   struct stat of_a {};
   struct stat of_b {};
-  return zan::file_exists(a) && zan::file_exists(b) && zan_stat(a.c_str(), &of_a) == 0 &&
+  return zan::is_usable_path(a) && zan::is_usable_path(b) && zan_stat(a.c_str(), &of_a) == 0 &&
          zan_stat(b.c_str(), &of_b) == 0 && zan::same_file(of_a, of_b);
 }
 
@@ -105,7 +105,8 @@ bool Editor::save_to_own_file(TextBuffer& buffer, std::string& path) {
 
 bool Editor::stands_for_unread_file(const TextBuffer& buffer, const std::string& path) {
   const zan::OriginRef& origin = buffer.origin();
-  return origin != nullptr && origin->state.kind == zan::FileState::Kind::unreadable && origin->path == path;
+  return origin != nullptr && origin->state.kind == zan::FileState::Kind::unreadable &&
+         (origin->path == path || is_same_file(origin->path, path));
 }
 
 zan::Guard Editor::guard_of(const std::string& path, const zan::OriginRef& own) const {

@@ -134,6 +134,13 @@ TEST(Places, OfAFileThatCannotBeRead) {
     const bool kept = read_file(stage / "f") == kOld && read_file(stage / "f.save") == "x\n";
     return said && kept ? "" : run.output + run.errors;
   };
+  // By another name of it.
+  const auto failed_by_name = [](const Fault& fault) {
+    const Stage stage;
+    write_file(stage / "f", kOld);
+    const RunResult run = stage.run({{"f", "-output=./f"}, "EXIT\n"}, 0, fault);
+    return run.errors == "?Unable to write ./f\n" && read_file(stage / "f") == kOld ? "" : run.output;
+  };
   std::vector<std::string> calls;
   failed({}, calls);
   const auto opened = std::ranges::find(calls, "open f");
@@ -143,6 +150,7 @@ TEST(Places, OfAFileThatCannotBeRead) {
       std::vector<std::string> ignored;
       const Fault fault{std::to_string(error), call - calls.begin() + 1};
       promise.ran(*call + " fails with error " + fault.how, failed(fault, ignored));
+      EXPECT_EQ(failed_by_name(fault), "") << *call;
     }
 }
 
