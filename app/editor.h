@@ -101,7 +101,8 @@ class Editor : public EditorState {
   [[noreturn]] void quit_without_saving_now();
   void do_save(bool verbose);
   void report_kept_text(const std::string& path, const std::string& copy);
-  void report_unsaved_copy(); // after the message of a save that has failed
+  void report_failed_save(const std::string& error, bool verbose); // and where the texts are
+  void report_unsaved_copy(); // on standard error, after the message of a save that has failed
 
   // ---- app/: output and input of commands
   // Writes the parts to standard output, when verbose.

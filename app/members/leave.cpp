@@ -58,8 +58,7 @@ void Editor::do_save(bool verbose) {
   if (save_to_own_file(current, path)) {
     tell(verbose, "[Saved ", last_written_path, "]");
   } else {
-    report(verbose, "?Unable to save ", current.filename());
-    report_unsaved_copy();
+    report_failed_save("?Unable to save " + current.filename(), verbose);
   }
 }
 
@@ -67,7 +66,21 @@ void Editor::report_kept_text(const std::string& path, const std::string& copy) 
   if (copy.empty()) return;
   const std::string line = "?" + path + " was changed by another program; its text is in " + copy;
   if (g_curses_active) status_message = line;
+  if (row_error) row_error = line;
   if (!g_curses_active || ::isatty(STDERR_FILENO) == 0) console.write_error(line + "\n");
+}
+
+// The row has one line for all of it.
+void Editor::report_failed_save(const std::string& error, bool verbose) {
+  say(verbose, error, "\n");
+  std::string line = error;
+  if (!unsaved_copy.empty()) line += "; new text in " + unsaved_copy;
+  if (!kept_copy.empty()) line += "; another program's text in " + kept_copy;
+  if (!verbose) show_on_row({line}, true);
+  if (g_curses_active && line != error) status_message = line; // where commands are silent as well
+  report_unsaved_copy();
+  unsaved_copy.clear();
+  kept_copy.clear();
 }
 
 void Editor::report_unsaved_copy() {

@@ -26,10 +26,9 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   TextBuffer& main = named_buffer("MAIN");
   std::string path = resolve_write_path(main.filename());
   if (!save_to_own_file(main, path)) {
-    if (check_abort(verbose)) return CommandResult::Continue;
+    if (unsaved_copy.empty() && check_abort(verbose)) return CommandResult::Continue;
     status_message = "?Unable to write " + path;
-    report(verbose, status_message);
-    report_unsaved_copy();
+    report_failed_save(status_message, verbose);
     return CommandResult::Error;
   }
   TextBuffer loaded;

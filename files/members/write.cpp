@@ -51,9 +51,8 @@ void Editor::write_command(const std::string& arg, bool verbose) {
                              : save_buffer_to_path(source, path, verbose);
   if (written) {
     tell(verbose, path, " written");
-  } else if (!check_abort(verbose)) {
-    report(verbose, "?Unable to write ", path);
-    report_unsaved_copy();
+  } else if (!unsaved_copy.empty() || !check_abort(verbose)) {
+    report_failed_save("?Unable to write " + path, verbose);
   }
 }
 

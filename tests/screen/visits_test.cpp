@@ -30,6 +30,17 @@ TEST(Visits, PasteArrivesWhole) {
   EXPECT_EQ(terminal.file(), pasted + "one\ntwo\nthree\n");
 }
 
+// It matters more than that its place was saved.
+TEST(Visits, AnotherProgramsTextIsOnTheMessageRow) {
+  TerminalOptions options;
+  options.columns = 80;
+  TerminalDriver terminal(options);
+  terminal.enter_screen();
+  zan::test::write_file(terminal.home() / "notes.txt", "theirs\n");
+  terminal.type("\033OP\033OwTYPE/SAVE\r");
+  terminal.shows_text("?notes.txt was changed by another program; its text is in notes.txt.save");
+}
+
 TEST(Visits, OneBellForMuchThatAPromptRefuses) {
   constexpr std::size_t kMany = 100'000;
   TerminalDriver terminal({});
