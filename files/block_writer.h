@@ -7,17 +7,19 @@
 #include <string>
 #include <string_view>
 
+#include "host/abort.h"
+
 namespace zan {
 
 // Writes the bytes to a descriptor, however many calls that takes. The number written, which is smaller only
-// after an error.
-std::size_t write_bytes(int descriptor, std::string_view bytes);
+// after an error, or once `abort` is set.
+std::size_t write_bytes(int descriptor, std::string_view bytes, Abort& abort = kNeverAborted);
 
 // Writes a stream of pieces to a descriptor in large blocks: small pieces are gathered, large ones are
 // written from where they lie, so that saving a big text copies next to nothing. Does not own the descriptor.
 class BlockWriter {
  public:
-  explicit BlockWriter(int descriptor);
+  explicit BlockWriter(int descriptor, Abort& abort = kNeverAborted);
   // False after an error: no later piece is written.
   bool put(std::string_view bytes) {
     if (bytes.size() > block_.size() - used_) return put_across(bytes);
@@ -33,6 +35,7 @@ class BlockWriter {
   bool write_out(std::string_view bytes);
 
   int descriptor_;
+  Abort& abort_;
   bool failed_ = false;
   std::uint64_t written_ = 0;
   std::string block_; // its size never changes

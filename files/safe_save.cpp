@@ -36,8 +36,8 @@ bool may_be_replaced(const struct stat& file, const Place& place) {
          same_file(entry, file);
 }
 
-bool write_to(int descriptor, const ByteSource& source) {
-  BlockWriter out(descriptor);
+bool write_to(int descriptor, const ByteSource& source, Abort& abort = kNeverAborted) {
+  BlockWriter out(descriptor, abort);
   return source(out) && out.flush();
 }
 
@@ -75,9 +75,9 @@ RenameResult replace_by_rename(int target, mode_t mode, const Place& place, cons
   return sync_directory(place.directory.get()) ? RenameResult::saved : RenameResult::failed;
 }
 
-// A device, a pipe: nothing to keep, and nothing to cut off.
+// A device, a pipe: nothing to keep, and nothing to cut off. An interrupt ends the wait for its reader.
 bool write_stream(UniqueFd target, const ByteSource& source) {
-  return write_to(target.get(), source) && sync_fully(target.get()) && target.close();
+  return write_to(target.get(), source, g_zan_abort_requested) && sync_fully(target.get()) && target.close();
 }
 
 SaveResult result_of(bool saved) { return saved ? SaveResult::saved : SaveResult::failed; }

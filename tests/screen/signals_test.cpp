@@ -237,20 +237,32 @@ TEST(Signals, ACrashGivesTheTerminalBack) {
     expect_event_at({"crash", Happens::signal, signal, Fate::crashes}, *screen);
 }
 
-// Who sends it again has waited long enough, whatever holds the program up: here a save that has begun.
-TEST(Signals, AnotherOneEndsAWait) {
-  TerminalOptions options;
-  options.text = lines(20000, 60); // more than a FIFO takes
-  TerminalDriver terminal(options);
-  const std::string fifo = terminal.home() / "fifo";
-  ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
-  terminal.shows_text("1 aaa");
-  terminal.type("WRITE fifo\n");
-  const int reader = open(fifo.c_str(), O_RDONLY); // waits for the writer
-  do kill(terminal.program(), SIGTERM);
-  while (!terminal.stops()); // or ends
-  terminal.exit_status();
-  close(reader);
+// A reader that has stopped reading.
+TEST(Signals, EndAWriteThatNobodyReads) {
+  for (const int signal : {SIGTERM, SIGHUP, SIGINT}) {
+    SCOPED_TRACE(signal);
+    TerminalOptions options;
+    options.text = lines(20000, 60); // more than a FIFO takes
+    if (signal == SIGINT) options.ignores = SIGINT;
+    TerminalDriver terminal(options);
+    const std::string fifo = terminal.home() / "fifo";
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    terminal.type("INSERT x\nTYPE 1\nWRITE fifo\n");
+    const int reader = open(fifo.c_str(), O_RDONLY); // waits for the writer
+    const auto aborted = [&](const Shown&) {
+      kill(terminal.program(), signal);
+      return terminal.times_sent("*Abort*") == 1;
+    };
+    if (signal == SIGINT) {
+      terminal.wait_until(aborted, "  *Abort*\n");
+    } else {
+      kill(terminal.program(), signal);
+      EXPECT_EQ(terminal.exit_status(), 128 + signal);
+    }
+    const std::string rescued = zan::test::read_file(terminal.home() / "notes.txt.save");
+    EXPECT_EQ(rescued, signal == SIGINT ? "(none)" : "x" + options.text);
+    close(reader);
+  }
 }
 
 // Commands that wait for somebody else, or read without end.
