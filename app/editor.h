@@ -74,6 +74,7 @@ class Editor : public EditorState {
   void handle_command_result(CommandResult result, bool allow_exit);
   void run_command_file(const std::string& path, bool verbose);
   void run_command_lines(std::string_view content, bool verbose);
+  void leave_nest(); // after a command file or macro
   static bool is_comment_or_blank(std::string_view line);
   std::optional<std::string> find_startup_file() const;
   void load_startup_file();

@@ -156,6 +156,7 @@ struct EditorState {
   std::uint64_t file_index = 0; // of the file in MAIN
 
   // ---- fields: nesting, the line-mode terminal
-  int nesting_depth = 0; // command files and macros now running, one inside the other
+  int nesting_depth = 0;     // command files and macros now running, one inside the other
+  bool nest_aborted = false; // Ctrl/C ends all of them
   zan::Console console;
 };

@@ -80,7 +80,10 @@ void Editor::run_command_file(const std::string& path, bool verbose) {
   if (nesting_depth < zan::nesting_limit()) {
     const AbortGuard guard;
     content = zan::read_whole_file(path, g_zan_abort_requested);
-    if (check_abort(verbose)) return;
+    if (check_abort(verbose)) {
+      nest_aborted = nesting_depth > 0;
+      return;
+    }
   }
   if (!content) {
     if (verbose) console.write_error("?Unable to open command file " + path + "\n");
@@ -89,11 +92,15 @@ void Editor::run_command_file(const std::string& path, bool verbose) {
   }
   ++nesting_depth;
   run_command_lines(*content, verbose);
-  --nesting_depth;
+  leave_nest();
+}
+
+void Editor::leave_nest() {
+  if (--nesting_depth == 0) nest_aborted = false;
 }
 
 void Editor::run_command_lines(std::string_view content, bool verbose) {
-  while (!content.empty()) {
+  while (!content.empty() && !nest_aborted) {
     const std::size_t end = content.find('\n');
     std::string_view line = content.substr(0, end);
     content.remove_prefix(end == std::string_view::npos ? content.size() : end + 1);

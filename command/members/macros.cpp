@@ -123,7 +123,7 @@ bool Editor::try_execute_macro(const std::string& key, bool verbose) {
   const CommandResult result = run_macro_lines(name, commands, verbose);
   running_macros.erase(name);
   macro_stack.pop_back();
-  --nesting_depth;
+  leave_nest();
   handle_command_result(result, true);
   return true;
 }
@@ -131,7 +131,7 @@ bool Editor::try_execute_macro(const std::string& key, bool verbose) {
 // Runs the commands up to one that asks for more than going on, whose result it returns.
 Editor::CommandResult Editor::run_macro_lines(const std::string& name, const Text& commands, bool verbose) {
   zan::LineWalker walker(commands, 0);
-  for (std::string_view line; walker.next(line);) {
+  for (std::string_view line; !nest_aborted && walker.next(line);) {
     const std::string command = trim(line);
     if (is_comment_or_blank(command)) continue;
     if (verify) say(verbose, "[", name, "] ", command, "\n");

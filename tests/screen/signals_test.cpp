@@ -309,6 +309,24 @@ TEST(Interrupt, EndsTheWaitForAnotherProgram) {
   }
 }
 
+// It is ignored but while a file is read.
+TEST(Interrupt, EndsCommandFilesOnAllLevels) {
+  TerminalOptions options;
+  options.ignores = SIGINT;
+  TerminalDriver terminal(options);
+  zan::test::write_file(terminal.home() / "c", "SET COMMAND c\nSET COMMAND c\n");
+  terminal.shows_text("1 one");
+  terminal.type("SET COMMAND c/NOTYPE\n");
+  const auto ended = [&](const Shown&) {
+    kill(terminal.program(), SIGINT);
+    return terminal.output().ends_with("NOTYPE\r\n*");
+  };
+  terminal.wait_until(ended, "  *\n");
+  terminal.type("TYPE 2\nQUIT\n");
+  EXPECT_EQ(terminal.exit_status(), 0);
+  EXPECT_EQ(terminal.times_sent("\n2 two"), 1U);
+}
+
 // There Ctrl/C is a key, but not while a command waits for something else. Every one is handled as a key too.
 TEST(Interrupt, EndsTheWaitOnTheScreen) {
   for (const std::string_view line : kEndless) {
