@@ -127,6 +127,12 @@ class Editor : public EditorState {
 
   // ---- text/: the buffer registry and PASTE
   static std::string normalize_buffer_name(std::string_view name);
+  // The buffer of that name with its latest text, made when there is none; "" is MAIN. The reference holds
+  // until another buffer becomes current or the registry changes.
+  TextBuffer& live_buffer(std::string_view name);
+  const TextBuffer* find_live_buffer(std::string_view normal_name) const; // null when there is none
+  // Its entry in the registry, which is stale for the current buffer until save_current_buffer_state. For
+  // what looks at the whole registry, or makes another buffer current.
   TextBuffer& named_buffer(std::string_view name);
   void save_current_buffer_state();
   void find_buffer(std::string_view name, bool verbose);

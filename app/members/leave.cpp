@@ -23,8 +23,7 @@ namespace {
 void Editor::save_and_exit_now() {
   zan::end_if_asked(*this);
   zan_safe_endwin();
-  save_current_buffer_state();
-  TextBuffer& main = named_buffer("MAIN");
+  TextBuffer& main = live_buffer("MAIN");
   if (output_file) main.set_filename(*output_file);
   std::string path = resolve_write_path(main.filename());
   const bool named = output_file && !stands_for_unread_file(main, path);
@@ -37,7 +36,6 @@ void Editor::save_and_exit_now() {
     leave(console, 2);
   }
   delete_journal_file();
-  if (current_buffer_name == "MAIN") current = main; // saved as well
   zan::end_if_asked(*this);
   say(summary, path, " ", std::to_string(main.line_count()), " lines\n");
   leave(console, 0);

@@ -51,8 +51,8 @@ bool Editor::redo_last(bool verbose) {
   return true;
 }
 
-// The registry is shared, not brought up to date first: `buffer` holds the current buffer's text, and whoever
-// reads its registry entry saves it before. So a snapshot costs the same for any number and size of buffers.
+// The registry is shared and not brought up to date first: `buffer` holds the current buffer's text. So a
+// snapshot costs the same for any number and size of buffers.
 Editor::UndoSnapshot Editor::capture_snapshot() {
   return {.buffer = current,
           .buffers = buffers,

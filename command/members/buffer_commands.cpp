@@ -16,11 +16,9 @@ void Editor::copy_move_command(const std::string& arg, bool move, bool verbose) 
     report(verbose, "?Missing destination buffer");
     return;
   }
-  save_current_buffer_state();
   const auto lines = current.lines_in_range(range->first, range->last);
-  TextBuffer& destination = named_buffer(name);
+  TextBuffer& destination = live_buffer(name);
   if (lines) destination.append_lines(*lines);
-  if (name == current_buffer_name) current = destination;
   // The copies stand after the range, whose numbers are still right.
   if (move) delete_range(*range);
   say(verbose, zan::counted(lines ? lines->line_count() : 0, "line"), move ? " moved" : " copied",
@@ -30,12 +28,9 @@ void Editor::copy_move_command(const std::string& arg, bool move, bool verbose) 
 void Editor::clear_buffer_command(const std::string& arg, bool verbose) {
   std::string name = normalize_buffer_name(arg);
   if (name.empty()) name = current_buffer_name;
-  save_current_buffer_state();
   if (name == "MAIN" || name == "PASTE") {
-    TextBuffer& buffer = named_buffer(name);
-    buffer.clear();
+    live_buffer(name).clear();
     if (name == current_buffer_name) {
-      current = buffer;
       cursor_row = 0;
       cursor_col = 0;
       top_row = 0;
@@ -80,11 +75,9 @@ void Editor::retain_command(const std::string& arg, bool verbose) {
     range = {span->start_row, span->end_row};
     clear_select();
   }
-  save_current_buffer_state();
   const auto lines = current.lines_in_range(range.first, range.last);
-  TextBuffer& buffer = named_buffer(name);
+  TextBuffer& buffer = live_buffer(name);
   buffer.clear();
   if (lines) buffer.append_lines(*lines);
-  if (name == current_buffer_name) current = buffer;
   say(verbose, zan::counted(lines ? lines->line_count() : 0, "line"), " retained in =", name, "\n");
 }

@@ -34,7 +34,7 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   TextBuffer loaded;
   const bool found = load_main_text(loaded, files[index]);
   if (check_abort(verbose)) {
-    if (current_buffer_name == "MAIN") current = main; // saved as well
+    live_buffer("MAIN").clear_modified(); // it has been saved
     return CommandResult::Continue;
   }
   file_index = index;

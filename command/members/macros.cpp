@@ -54,11 +54,9 @@ void Editor::define_macro_command(const std::string& arg, bool verbose) {
 }
 
 void Editor::define_macro(const std::string& name, const std::vector<std::string>& commands) {
-  save_current_buffer_state();
-  TextBuffer& buffer = named_buffer(name);
+  TextBuffer& buffer = live_buffer(name);
   buffer = TextBuffer();
   buffer.set_text(join_lines_as_text(commands));
-  if (name == current_buffer_name) current = buffer;
   macros[name] = true;
   macro_texts[name] = buffer.lines();
 }
@@ -81,11 +79,10 @@ std::optional<std::vector<std::string>> Editor::read_macro_lines(const std::stri
 
 void Editor::show_macros(const std::string& arg, bool verbose) {
   if (!verbose) return;
-  save_current_buffer_state();
   const std::string wanted = normalize_buffer_name(arg);
   bool shown = false;
   for (const auto& [name, defined] : macros) {
-    const TextBuffer* buffer = buffers.find(name);
+    const TextBuffer* buffer = find_live_buffer(name);
     if (buffer == nullptr || (!wanted.empty() && name != wanted)) continue;
     shown = true;
     say(true, "MACRO ", name, " (", zan::counted(buffer->line_count(), "command"), ")\n");
@@ -106,8 +103,7 @@ bool Editor::try_execute_macro(const std::string& key, bool verbose) {
     report(verbose, "?Recursive macro invocation: ", name);
     return true;
   }
-  save_current_buffer_state();
-  const TextBuffer* buffer = buffers.find(name);
+  const TextBuffer* buffer = find_live_buffer(name);
   if (buffer == nullptr) {
     report(verbose, "?Macro buffer missing: ", name);
     return true;

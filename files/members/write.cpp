@@ -36,6 +36,7 @@ void Editor::write_command(const std::string& arg, bool verbose) {
     return;
   }
   const bool other = !wanted.buffer.empty();
+  // The current buffer, written by its name, stays modified: the flag of its entry is cleared.
   if (other) save_current_buffer_state();
   TextBuffer& source = other ? named_buffer(normalize_buffer_name(wanted.buffer)) : current;
   std::optional<LineRange> range;
@@ -120,6 +121,6 @@ zan::Guard Editor::guard_of(const std::string& path, const zan::OriginRef& own) 
 zan::OriginRef Editor::origin_of_written(const zan::FileState& state) const {
   struct stat file {};
   if (zan_stat(input_file.c_str(), &file) != 0 || zan::state_of(file) != state) return nullptr;
-  const TextBuffer* main = current_buffer_name == "MAIN" ? &current : buffers.find("MAIN");
+  const TextBuffer* main = find_live_buffer("MAIN");
   return main != nullptr ? main->origin() : nullptr;
 }

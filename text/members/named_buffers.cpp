@@ -2,11 +2,29 @@
 
 #include "text/bytes.h"
 
+namespace {
+
+std::string name_or_main(std::string_view name) {
+  std::string normal = zan::normalize_buffer_name(name);
+  return normal.empty() ? "MAIN" : normal;
+}
+
+} // namespace
+
 std::string Editor::normalize_buffer_name(std::string_view name) { return zan::normalize_buffer_name(name); }
 
+TextBuffer& Editor::live_buffer(std::string_view name) {
+  if (name_or_main(name) != current_buffer_name) return named_buffer(name);
+  if (current_buffer_name == "MAIN") current.set_filename(input_file);
+  return current;
+}
+
+const TextBuffer* Editor::find_live_buffer(std::string_view normal_name) const {
+  return normal_name == current_buffer_name ? &current : buffers.find(normal_name);
+}
+
 TextBuffer& Editor::named_buffer(std::string_view name) {
-  std::string normal = normalize_buffer_name(name);
-  if (normal.empty()) normal = "MAIN";
+  const std::string normal = name_or_main(name);
   TextBuffer& buffer = buffers.entry(normal);
   if (normal == "MAIN") buffer.set_filename(input_file);
   return buffer;
@@ -33,16 +51,9 @@ void Editor::find_buffer(std::string_view name, bool verbose) {
   say(verbose, "=", current_buffer_name, " ", std::to_string(current.line_count()), " lines\n");
 }
 
-Editor::Text Editor::paste_text_content() {
-  save_current_buffer_state();
-  return named_buffer("PASTE").text();
-}
+Editor::Text Editor::paste_text_content() { return live_buffer("PASTE").text(); }
 
-void Editor::set_paste_text(const Text& text) {
-  TextBuffer& paste_buffer = named_buffer("PASTE");
-  paste_buffer.set_text(text);
-  if (current_buffer_name == "PASTE") current = paste_buffer;
-}
+void Editor::set_paste_text(const Text& text) { live_buffer("PASTE").set_text(text); }
 
 void Editor::append_paste_text(const Text& text) {
   if (text.empty()) return;
