@@ -107,7 +107,7 @@ class Editor : public EditorState {
 
   // ---- app/: output and input of commands
   // Writes the parts to standard output, when verbose.
-  template <typename... Parts> void say(bool verbose, const Parts&... parts) {
+  template <typename... Parts> void say(bool verbose, const Parts&... parts) const {
     if (verbose) (console.write(parts), ...);
   }
   // The same for a whole line, which the message row shows where commands report there.
@@ -165,7 +165,7 @@ class Editor : public EditorState {
 
   // ---- command/: SET, SHOW and HELP
   std::optional<CommandResult> run_setting(const ParsedCommand& command, bool verbose);
-  void print_line_help(const std::string& topic);
+  void print_line_help(const std::string& topic) const;
 
   // ---- command/: core line commands
   CommandResult goto_line(const std::string& arg, bool verbose);
@@ -175,8 +175,8 @@ class Editor : public EditorState {
   void insert_command(const std::string& arg, bool verbose);
   void find_command(const ParsedCommand& command, bool verbose);
   void find_next_command(bool verbose);
-  void type_current_line(bool brief = false, int width = 40);
-  void type_range(const LineRange& range, bool brief, int width);
+  void type_current_line(bool brief = false, int width = 40) const;
+  void type_range(const LineRange& range, bool brief, int width) const;
   void delete_range(const LineRange& range);
   void insert_multiline(bool verbose);
   void find_next(Direction direction);
@@ -238,6 +238,7 @@ class Editor : public EditorState {
   std::string resolve_write_path(const std::string& name) const; // adds ";n" when versions apply
   static std::string strip_vms_version(const std::string& path);
   static int highest_vms_version(const std::string& base);
+  std::vector<std::string> apply_rms_lines(const std::vector<std::string>& lines) const; // as records
   // Writes `rows` of the text as records. A path with a version is a new file; when the name has been taken
   // since it was chosen, `path` becomes the next free one. False: not written. `own`: the text's origin, when
   // it goes to its own file and not to one that the user has named; then what this session does not know to

@@ -121,6 +121,7 @@ struct EditorState {
   std::set<std::string> running_macros;                 // the same names, for the recursion guard
 
   // ---- fields: history, newest last
+  static constexpr int kMaxHistory = 100; // snapshots of either kind; the oldest go
   std::deque<UndoSnapshot> undo_stack;
   std::deque<UndoSnapshot> redo_stack;
 
@@ -156,7 +157,7 @@ struct EditorState {
   std::uint64_t file_index = 0; // of the file in MAIN
 
   // ---- fields: nesting, the line-mode terminal
-  int nesting_depth = 0;     // command files and macros now running, one inside the other
-  bool nest_aborted = false; // Ctrl/C ends all of them
-  zan::Console console;
+  int nesting_depth = 0;        // command files and macros now running, one inside the other
+  bool nest_aborted = false;    // Ctrl/C ends all of them
+  mutable zan::Console console; // what is printed is no part of the state
 };

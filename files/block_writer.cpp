@@ -3,27 +3,15 @@
 #include <fcntl.h>
 
 #include "host/unique_fd.h"
+#include "host/write_bytes.h"
 
 namespace zan {
 
 namespace {
 
 constexpr std::size_t kBlockSize = 256 * 1024;
-constexpr std::size_t kLargestWrite = 1U << 30; // some systems refuse a count of 2 GiB or more
 
 } // namespace
-
-std::size_t write_bytes(int descriptor, std::string_view bytes, Abort& abort) {
-  std::size_t written = 0;
-  while (written < bytes.size() && abort == 0) {
-    const std::size_t size = std::min(bytes.size() - written, kLargestWrite);
-    const ssize_t count = ::write(descriptor, bytes.data() + written, size);
-    if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) break; // a write that takes nothing would be repeated for ever
-    written += static_cast<std::size_t>(count);
-  }
-  return written;
-}
 
 BlockWriter::BlockWriter(int descriptor, Abort& abort)
     : descriptor_(descriptor), abort_(abort), block_(kBlockSize, '\0') {}
@@ -44,7 +32,7 @@ bool BlockWriter::flush() {
 
 bool BlockWriter::write_out(std::string_view bytes) {
   if (failed_) return false;
-  const std::size_t count = write_bytes(descriptor_, bytes, abort_);
+  const std::size_t count = abort_ == 0 ? write_bytes(descriptor_, bytes, abort_) : 0;
   written_ += count;
   failed_ = count < bytes.size();
   return !failed_;

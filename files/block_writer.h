@@ -11,10 +11,6 @@
 
 namespace zan {
 
-// Writes the bytes to a descriptor, however many calls that takes. The number written, which is smaller only
-// after an error, or once `abort` is set.
-std::size_t write_bytes(int descriptor, std::string_view bytes, Abort& abort = kNeverAborted);
-
 // Writes a stream of pieces to a descriptor in large blocks: small pieces are gathered, large ones are
 // written from where they lie, so that saving a big text copies next to nothing. Does not own the descriptor.
 class BlockWriter {

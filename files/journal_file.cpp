@@ -16,8 +16,6 @@ namespace zan {
 
 namespace {
 
-constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
-
 bool is_trusted(const JournalFile& journal, const struct stat& file) {
   const uid_t user = ::geteuid();
   return S_ISREG(file.st_mode) && (journal.named_by_user || file.st_uid == user) &&

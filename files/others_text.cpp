@@ -3,9 +3,9 @@
 #include <array>
 #include <fcntl.h>
 
-#include "files/block_writer.h"
 #include "files/private_copy.h"
 #include "files/stat.h"
+#include "host/write_bytes.h"
 
 namespace zan {
 

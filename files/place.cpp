@@ -30,6 +30,11 @@ UniqueFd open_at(int directory, const std::string& path, int flags, mode_t mode)
       retry([&] { return ::openat(directory, path.c_str(), flags | O_CLOEXEC | O_NOCTTY, mode); }));
 }
 
+// A new file; EEXIST when the name is taken, be it by a link that leads nowhere.
+UniqueFd open_new(int directory, const std::string& name, mode_t mode) {
+  return open_at(directory, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+}
+
 // What the link says; "" for anything that is no link.
 std::string read_link(int directory, const std::string& leaf) {
   std::vector<char> target(4096); // no system allows longer ones
@@ -120,7 +125,7 @@ TemporaryFile::TemporaryFile(int directory, std::string_view leaf, mode_t mode)
 
 bool TemporaryFile::create(const std::string& name, mode_t mode) {
   std::string kept = name; // nothing may fail between the making of the file and its name's being known
-  file_ = open_at(directory_.get(), name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+  file_ = open_new(directory_.get(), name, mode);
   if (file_) name_.swap(kept);
   return static_cast<bool>(file_);
 }
@@ -149,8 +154,7 @@ bool TemporaryFile::rename_to_new(const std::string& leaf) {
 // For file systems without links: an empty file takes the name first, so that nobody else can. A crash just
 // between leaves that empty file, which held nothing before either.
 bool TemporaryFile::rename_to_reserved(const std::string& leaf) {
-  if (!open_at(directory_.get(), leaf, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, S_IRUSR | S_IWUSR))
-    return false;
+  if (!open_new(directory_.get(), leaf, kOwnerOnly)) return false;
   if (rename_over(leaf)) return true;
   const int error = errno;
   ::unlinkat(directory_.get(), leaf.c_str(), 0);

@@ -11,6 +11,8 @@
 // the same directory, however the path to it changes meanwhile.
 namespace zan {
 
+inline constexpr mode_t kOwnerOnly = 0600; // read and written by its owner
+
 // open, repeated after interrupts; never makes a terminal the controlling one. -1 in the result: see errno.
 UniqueFd open_file(const std::string& path, int flags, mode_t mode = 0);
 // The same to write, but an interrupt that stops the command also ends the wait for a FIFO's reader: EINTR.

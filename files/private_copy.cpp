@@ -10,7 +10,6 @@ namespace zan {
 
 namespace {
 
-constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 constexpr int kLastNumber = 99999;
 
 } // namespace

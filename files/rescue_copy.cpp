@@ -1,8 +1,8 @@
 #include "files/rescue_copy.h"
 
-#include "files/block_writer.h"
 #include "files/private_copy.h"
 #include "files/records.h"
+#include "host/write_bytes.h"
 
 namespace zan {
 

@@ -13,7 +13,6 @@ namespace zan {
 
 namespace {
 
-constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
 constexpr mode_t kNewFile = 0666; // less what the umask or the directory's default access list takes away
 constexpr int kAttempts = 10;     // for names that other processes make and remove meanwhile
 
@@ -54,7 +53,7 @@ FileState state_of_open(int file) {
 RenameResult replace_by_rename(int target, mode_t mode, const Place& place, const ByteSource& source,
                                const Guard& guard, Saved& saved) {
   const HeldSignals held;
-  TemporaryFile fresh(place.directory.get(), place.leaf, kPrivate);
+  TemporaryFile fresh(place.directory.get(), place.leaf, kOwnerOnly);
   // Tried first on the empty file, because it decides the way, and again later, because writing takes some
   // attributes away.
   if (!fresh || !copy_owner_and_attributes(target, fresh.descriptor())) return RenameResult::not_possible;

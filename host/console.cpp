@@ -1,10 +1,9 @@
 #include "host/console.h"
 
-#include <cerrno>
-#include <poll.h>
 #include <unistd.h>
 
 #include "host/signals.h"
+#include "host/write_bytes.h"
 
 namespace zan {
 
@@ -12,27 +11,10 @@ namespace {
 
 constexpr std::size_t kOutputBlock = 64 * 1024;
 
-// Of a descriptor that somebody has set not to wait.
-void wait_for_room(int descriptor) {
-  pollfd output{descriptor, POLLOUT, 0};
-  poll(&output, 1, -1);
-}
-
 } // namespace
 
 bool write_fully(int descriptor, std::string_view text) {
-  while (!text.empty()) {
-    const ssize_t count = ::write(descriptor, text.data(), text.size());
-    if (count < 0 && errno == EINTR && g_zan_pending_signal == 0) continue;
-    if (count < 0 && errno == EAGAIN && g_zan_pending_signal == 0) {
-      wait_for_room(descriptor);
-      continue;
-    }
-    if (count <= 0) return false;
-    text.remove_prefix(static_cast<std::size_t>(count));
-    if (g_zan_pending_signal != 0) return text.empty(); // the rest would have to wait
-  }
-  return true;
+  return write_bytes(descriptor, text, g_zan_pending_signal) == text.size();
 }
 
 void Console::write(std::string_view text) {

@@ -5,11 +5,9 @@
 
 namespace {
 
-constexpr std::size_t kMaxHistory = 100;
-
 void push_capped(std::deque<Editor::UndoSnapshot>& history, Editor::UndoSnapshot snapshot) {
   history.push_back(std::move(snapshot));
-  if (history.size() > kMaxHistory) history.pop_front();
+  if (history.size() > Editor::kMaxHistory) history.pop_front();
 }
 
 Editor::UndoSnapshot pop_newest(std::deque<Editor::UndoSnapshot>& history) {

@@ -19,7 +19,7 @@ bool ends_insert(std::string_view line) {
 // Prints numbered lines part by part as they come, since a line may be longer than memory has room for.
 class LinePrinter {
  public:
-  LinePrinter(Editor& editor, std::uint64_t row, bool brief, int width)
+  LinePrinter(const Editor& editor, std::uint64_t row, bool brief, int width)
       : editor_(editor), row_(row), limit_(brief ? static_cast<std::size_t>(width) : std::string_view::npos) {
   }
 
@@ -53,7 +53,7 @@ class LinePrinter {
     editor_.console.write(" ");
   }
 
-  Editor& editor_;
+  const Editor& editor_;
   std::uint64_t row_;
   std::size_t limit_; // bytes shown of a line
   std::size_t room_ = 0;
@@ -61,7 +61,7 @@ class LinePrinter {
 };
 
 // Lines first to last, which exist. False when Ctrl/C has ended it.
-bool type_lines(Editor& editor, std::uint64_t first, std::uint64_t last, bool brief, int width) {
+bool type_lines(const Editor& editor, std::uint64_t first, std::uint64_t last, bool brief, int width) {
   const zan::LineStore& text = editor.current.lines();
   LinePrinter printer(editor, first, brief, width);
   zan::PieceWalker walker(text, text.line_start(first), text.line_end(last));
@@ -97,7 +97,7 @@ Editor::CommandResult Editor::goto_line(const std::string& arg, bool verbose) {
   return CommandResult::Continue;
 }
 
-void Editor::type_current_line(bool brief, int width) {
+void Editor::type_current_line(bool brief, int width) const {
   if (cursor_row >= current.line_count()) {
     say(true, text_end, "\n");
     return;
@@ -105,7 +105,7 @@ void Editor::type_current_line(bool brief, int width) {
   type_lines(*this, cursor_row, cursor_row, brief, width);
 }
 
-void Editor::type_range(const LineRange& range, bool brief, int width) {
+void Editor::type_range(const LineRange& range, bool brief, int width) const {
   const std::uint64_t last_row = current.line_count() - 1;
   const std::uint64_t last = std::min(range.last, last_row);
   if (!type_lines(*this, std::min(range.first, last_row), last, brief, width)) return;

@@ -8,20 +8,22 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "files/block_writer.h"
+#include "host/console.h"
 #include "host/signals.h"
+#include "host/unique_fd.h"
 #include "text/bytes.h"
 
+#if !defined(_GNU_SOURCE) // with which unistd.h declares it
 extern char** environ;
+#endif
 
 namespace {
 
-// A file of its owner's only, which goes with the object.
+// A file that its owner alone may read, removed with the object.
 class TemporaryPrintFile {
  public:
-  TemporaryPrintFile() : descriptor_(mkstemp(path_)) {}
+  TemporaryPrintFile() : file_(mkstemp(path_)) {}
   ~TemporaryPrintFile() {
-    if (descriptor_ >= 0) ::close(descriptor_);
     if (exists_) ::unlink(path_);
   }
   TemporaryPrintFile(const TemporaryPrintFile&) = delete;
@@ -33,9 +35,7 @@ class TemporaryPrintFile {
   // The lines, if any, each with a line feed, as stored. The file is closed then.
   bool write(const std::optional<zan::LineStore>& lines) {
     const bool written = !lines || write_lines(*lines);
-    const bool closed = ::close(descriptor_) == 0;
-    descriptor_ = -1;
-    return written && closed;
+    return file_.close() && written;
   }
 
  private:
@@ -43,49 +43,49 @@ class TemporaryPrintFile {
     zan::PieceWalker walker(lines, 0, lines.byte_count());
     bool written = true;
     for (zan::Chunk chunk; written && walker.next(chunk);)
-      written = zan::write_fully(descriptor_, chunk.bytes);
-    return written && zan::write_fully(descriptor_, "\n");
+      written = zan::write_fully(file_.get(), chunk.bytes);
+    return written && zan::write_fully(file_.get(), "\n");
   }
 
   char path_[24] = "/tmp/zan_print_XXXXXX";
-  int descriptor_;
-  bool exists_ = descriptor_ >= 0;
+  zan::UniqueFd file_;
+  bool exists_ = static_cast<bool>(file_);
 };
 
-// What is typed to interrupt or quit while a child runs is meant for the child.
-class ChildsKeys {
+// While it lives, Ctrl/C and Ctrl/\ are ignored here, because they are meant for the child that runs.
+class InterruptsLeftToChild {
  public:
-  ChildsKeys() {
-    sigemptyset(&for_child_);
+  InterruptsLeftToChild() {
+    sigemptyset(&signals_);
     struct sigaction ignore {};
     ignore.sa_handler = SIG_IGN;
     sigemptyset(&ignore.sa_mask);
     for (std::size_t i = 0; i < kSignals.size(); ++i) {
       sigaction(kSignals[i], &ignore, &before_[i]);
-      if (before_[i].sa_handler != SIG_IGN) sigaddset(&for_child_, kSignals[i]);
+      if (before_[i].sa_handler != SIG_IGN) sigaddset(&signals_, kSignals[i]);
     }
   }
-  ~ChildsKeys() {
+  ~InterruptsLeftToChild() {
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before_[i], nullptr);
   }
-  ChildsKeys(const ChildsKeys&) = delete;
-  ChildsKeys& operator=(const ChildsKeys&) = delete;
+  InterruptsLeftToChild(const InterruptsLeftToChild&) = delete;
+  InterruptsLeftToChild& operator=(const InterruptsLeftToChild&) = delete;
 
-  const sigset_t& for_child() const { return for_child_; } // what it is not to ignore
+  const sigset_t& signals() const { return signals_; } // less those that were ignored before
 
  private:
   static constexpr std::array kSignals{SIGINT, SIGQUIT};
   std::array<struct sigaction, kSignals.size()> before_{};
-  sigset_t for_child_{};
+  sigset_t signals_{};
 };
 
-// As the library's function does it, but a signal that asks the program to end is not held up by the child.
+// As system(3), but a pending signal ends the wait for the child.
 bool run_in_shell(std::string command) {
-  const ChildsKeys keys;
+  const InterruptsLeftToChild interrupts;
   posix_spawnattr_t attributes;
   posix_spawnattr_init(&attributes);
   posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
-  posix_spawnattr_setsigdefault(&attributes, &keys.for_child());
+  posix_spawnattr_setsigdefault(&attributes, &interrupts.signals());
   std::string shell = "sh";
   std::string option = "-c";
   const std::array<char*, 4> words{shell.data(), option.data(), command.data(), nullptr};

@@ -422,7 +422,7 @@ std::optional<Editor::CommandResult> Editor::run_setting(const ParsedCommand& co
   return done ? std::optional(CommandResult::Continue) : std::nullopt;
 }
 
-void Editor::print_line_help(const std::string& topic) {
+void Editor::print_line_help(const std::string& topic) const {
   if (!help_file.empty() && help_file != "ZANHELP" && file_exists(help_file)) {
     if (const auto text = zan::read_whole_file(help_file, g_zan_abort_requested)) {
       say(true, *text, text->empty() || text->ends_with('\n') ? "" : "\n");

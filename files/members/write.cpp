@@ -69,6 +69,21 @@ int Editor::highest_vms_version(const std::string& base) {
   return zan::highest_vms_version(base, zan::file_exists);
 }
 
+std::vector<std::string> Editor::apply_rms_lines(const std::vector<std::string>& lines) const {
+  const std::uint64_t length = zan::effective_record_length(rms_fixed, rms_record_length);
+  if (length == 0) return lines;
+  std::vector<std::string> records;
+  for (const std::string& line : lines) {
+    std::string bytes; // of its records, each with a line feed
+    const auto collect = [&bytes](std::string_view piece) { return !bytes.append(piece).empty(); };
+    zan::FixedRecords cutter(length);
+    cutter.add(line, collect);
+    cutter.end_line(collect);
+    for (std::size_t at = 0; at < bytes.size(); at += length + 1) records.push_back(bytes.substr(at, length));
+  }
+  return records;
+}
+
 bool Editor::write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows,
                               const zan::OriginRef& own) {
   const zan::ByteSource source =

@@ -11,7 +11,6 @@
 namespace {
 
 constexpr char kEscape = 27;
-constexpr int kHistory = 100; // undo snapshots that are kept
 
 // What is left of a command string, and the count before the word at hand.
 struct Input {
@@ -66,7 +65,7 @@ void change_case(Editor& editor, Input& input) {
   // At the line's end nothing moves any more, but each repetition still leaves a snapshot, of which the
   // history keeps a hundred.
   int idle = 0;
-  for (int i = 0; i < input.count && idle <= kHistory && !interrupted(); ++i) {
+  for (int i = 0; i < input.count && idle <= Editor::kMaxHistory && !interrupted(); ++i) {
     const std::uint64_t col = editor.cursor_col;
     const bool selected = editor.select_active();
     editor.change_case_char();

@@ -35,3 +35,14 @@ TEST(NamedBuffers, PasteIsShownAtOnceWhereItIsCurrent) {
   editor.append_paste_text(Editor::Text::from_text("e"));
   EXPECT_EQ(editor.current.text().to_string(), "a\nbcd\ne");
 }
+
+TEST(NamedBuffers, TheCurrentOneIsLiveInItsWorkingCopy) {
+  Editor editor({"file"}, std::nullopt, std::nullopt, false, false, std::nullopt);
+  editor.named_buffer("MAIN");
+  editor.current.set_text("new");
+  EXPECT_EQ(&editor.live_buffer("=main"), &editor.current);
+  EXPECT_EQ(editor.find_live_buffer("MAIN"), &editor.current);
+  EXPECT_EQ(editor.current.filename(), "file");
+  EXPECT_EQ(&editor.live_buffer("other"), &editor.named_buffer("OTHER"));
+  EXPECT_EQ(editor.find_live_buffer("NONE"), nullptr);
+}
