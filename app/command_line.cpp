@@ -35,8 +35,8 @@ constexpr auto kOptions = std::to_array<Option>({
     {{"-h", "--help", "/?"}, "", "", &CommandLine::help},
 });
 
-// Takes the option that arguments[at] is, with the argument after it when that is its value; false when it
-// is none.
+// Parses arguments[at] as an option, and the argument after it when that is the value. False when it is no
+// option.
 bool take_option(CommandLine& line, const std::vector<std::string>& arguments, std::size_t& at) {
   const std::string& argument = arguments[at];
   const std::string typed = argument.starts_with('/') ? upper(argument) : argument;
@@ -54,7 +54,7 @@ bool take_option(CommandLine& line, const std::vector<std::string>& arguments, s
   return false;
 }
 
-// "/LOG" is a qualifier that nobody knows; "/tmp/a" and "/9" are files.
+// "/LOG" is an unknown option; "/tmp/a" and "/9" are files.
 bool is_unknown_option(std::string_view argument) {
   if (argument.starts_with('-')) return true;
   return argument.size() >= 2 && argument[0] == '/' && is_alpha(argument[1]) &&
@@ -85,6 +85,6 @@ void redirect_tty() {
     std::exit(1);
   }
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) ::dup2(terminal, stream);
-  // It may itself be one of the three, when that was closed.
+  // If one of the three was closed, open may have returned its number.
   if (terminal > STDERR_FILENO) ::close(terminal);
 }

@@ -8,8 +8,8 @@
 #include <variant>
 #include <vector>
 
-// Standard input, output and error become the terminal that KR_TTY names, when it names one. Ends the program
-// with status 1 when it cannot be opened.
+// Redirects standard input, output and error to the terminal that KR_TTY names, if it is set. Exits with
+// status 1 when that cannot be opened.
 void redirect_tty();
 
 namespace zan {
@@ -22,7 +22,7 @@ struct CommandLine {
   bool read_only = false;
   bool recover = false;
   bool debug_keys = false;
-  bool help = false;    // asked for; what follows was not looked at
+  bool help = false;    // the arguments behind it are not parsed
   std::string messages; // for standard error
 };
 
@@ -40,8 +40,8 @@ struct Option {
 
 std::span<const Option> command_line_options();
 
-// The arguments after the program's name. Of an option given twice the last one counts; unknown options and
-// slash words are passed over.
+// Parses the arguments after the program's name. If an option is repeated, the last one wins. Unknown options
+// are ignored.
 CommandLine parse_command_line(const std::vector<std::string>& arguments);
 
 } // namespace zan

@@ -24,13 +24,14 @@
 // left in status_message.
 class Editor : public EditorState {
  public:
-  // What a command asks of the loop that ran it. Error: failed or refused; stays, and suppresses /SAVE.
+  // What a command asks of the loop that ran it. Error: it failed or was refused; the loop goes on, without
+  // /SAVE.
   enum class CommandResult : std::uint32_t { Continue = 0, EnterScreen = 1, Exit = 2, Quit = 3, Error = 4 };
 
   using ParsedCommand = zan::ParsedCommand;
   using Qualifiers = zan::Qualifiers;
 
-  // While it lives, Ctrl/C sets g_zan_abort_requested instead of ending the program, and interrupts a read.
+  // While it lives, Ctrl/C interrupts a read and sets g_zan_abort_requested instead of ending the program.
   class AbortGuard {
    public:
     AbortGuard();
@@ -42,8 +43,9 @@ class Editor : public EditorState {
     struct sigaction previous_ {};
   };
 
-  // Whether what commands do not print goes to the message row instead, while it lives. It does for a command
-  // of the screen's "Command:" and of a user's key, but not for the keys of a visit inside that command.
+  // While it lives, what silent commands report goes to the message row, or nowhere when `on` is false. It is
+  // on for a command of the screen's "Command:" and of a user's key, off for the keys of a screen that such a
+  // command enters.
   class RowReports {
    public:
     RowReports(Editor& editor, bool on);
@@ -156,8 +158,8 @@ class Editor : public EditorState {
   static std::string strip_qualifiers_for_range(std::string_view text);
   void range_command(const std::string& arg, bool verbose);
   CommandResult dispatch_command(const std::string& line, const Qualifiers& quals, bool verbose);
-  // The lines that `text` names: those of the current buffer, or of one that has no cursor here. What names
-  // none is reported and gives nothing.
+  // The lines that `text` names in the current buffer, or in `other`, which has no cursor here. An invalid
+  // range is reported, and the result is empty.
   std::optional<LineRange> named_range(std::string_view text, bool verbose,
                                        const TextBuffer* other = nullptr);
   // The same, or the cursor line for a blank text; last clamped.
@@ -240,9 +242,9 @@ class Editor : public EditorState {
   static int highest_vms_version(const std::string& base);
   std::vector<std::string> apply_rms_lines(const std::vector<std::string>& lines) const; // as records
   // Writes `rows` of the text as records. A path with a version is a new file; when the name has been taken
-  // since it was chosen, `path` becomes the next free one. False: not written. `own`: the text's origin, when
-  // it goes to its own file and not to one that the user has named; then what this session does not know to
-  // be there is kept first.
+  // since it was chosen, `path` becomes the next free one. False: not written. `own`: the text's origin when
+  // the text goes to its own file and not to one that the user has named. Another text that is found in that
+  // file is then kept first.
   bool write_lines_file(std::string& path, const Text& text, const zan::RowStretch& rows,
                         const zan::OriginRef& own = nullptr);
   bool save_buffer_to_path(TextBuffer& buffer, std::string& path, bool verbose);

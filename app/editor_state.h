@@ -111,7 +111,7 @@ struct EditorState {
   Text deleted_line;
   Text deleted_word;
   std::string status_message;           // bottom row of the screen
-  std::optional<std::string> row_error; // the last one of a command that reports there; nothing: none does
+  std::optional<std::string> row_error; // on that row, the last one; nothing: no command reports there
   bool debug_keys = false;              // show the last key on the status line
   std::string last_key_name;
   std::map<std::string, std::string> key_definitions;

@@ -17,8 +17,8 @@
 
 namespace {
 
-// A standard stream that is closed would otherwise be the next file that is opened, and messages would go
-// there.
+// The next file that is opened would get the number of a closed standard stream, and messages would be
+// written to it.
 void fill_closed_streams() {
   for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
     if (::fcntl(stream, F_GETFD) < 0) static_cast<void>(::open("/dev/null", O_RDWR));
@@ -29,7 +29,7 @@ bool environment_turns_on(const char* name) {
   return value != nullptr && *value != '\0' && std::string_view(value) != "0";
 }
 
-// `editor` is made here, and outlives a failure.
+// `editor` is constructed in place, so that main can rescue its text after a throw.
 int run_program(int argc, char** argv, std::optional<Editor>& editor) {
   const char* program = argc > 0 ? argv[0] : nullptr;
   if (argc < 2) {
@@ -71,7 +71,7 @@ int main(int argc, char** argv) {
     const auto copies = editor ? zan::rescue(*editor) : std::vector<std::string>();
     zan_safe_endwin();
     if (editor) editor->console.flush();
-    // Part by part: there may be no memory left to put them together.
+    // Part by part: there may be no memory left to join them.
     for (const char* part : {"fatal: ", error.what(), "\n"}) zan::write_fully(STDERR_FILENO, part);
     zan::say_where_rescued(copies, "");
     zan::end_by_pending_signal();

@@ -7,12 +7,12 @@
 
 namespace zan {
 
-// The words of `text` (what white space separates) as lines of at most `width` bytes, one blank between
-// words; a longer word stands alone. Nothing but one empty line when there are no words.
+// The words of `text`, which white space separates, as lines of at most `width` bytes, with one blank between
+// words. A longer word has a line of its own. One empty line when there are no words.
 LineStore fill_words(const LineStore& text, std::uint64_t width);
 
-// `text` as one line, its line feeds taken as blanks, broken anew: at the last blank before a byte that would
-// be the width's next; blanks stay as they are. A last line feed stays. One pass.
+// Turns the line feeds of `text` into blanks and breaks it anew: a line that would exceed `width` is broken
+// at its last blank, if it has one. All other blanks stay, and so does a last line feed. One pass.
 std::string fill_span(std::string text, std::uint64_t width);
 
 } // namespace zan

@@ -11,7 +11,7 @@
 namespace zan {
 namespace {
 
-// The line as one word that stands for a line: "12", ".+3", ".-2". Not ".", nor the named references.
+// The number of the line that a word alone goes to: "12", ".+3", ".-2". Not ".", nor the named references.
 std::optional<std::string> line_to_go_to(std::string_view word, const LineContext& context) {
   if (all_digits(word)) {
     const auto number = parse_digits(word);
@@ -43,7 +43,7 @@ bool match_prefix_form(std::string_view text, std::string_view start, ParsedComm
   return false;
 }
 
-// Whether the words are a key's own, which may stand in that form. A dash in them is not one of the key's.
+// Do the words spell a key that may be typed in that form? A typed dash does not stand for a dash of the key.
 bool match_key(std::string_view words, KeyForm wanted, KeyFormLookup form_of, ParsedCommand& command) {
   if (words.find('-') != std::string_view::npos) return false;
   std::string key(words);
@@ -69,9 +69,9 @@ bool match_key_with_argument(std::string_view text, std::string_view start, KeyF
   return true;
 }
 
-// "SUBSTITUTE ALL text" is a command of its own. ALL is a whole word here: "SUBSTITUTE ALLSO" has an
-// argument.
-void tell_substitute_all(ParsedCommand& command) {
+// "SUBSTITUTE ALL text" is a command of its own. ALL must be a whole word: in "SUBSTITUTE ALLSO" it begins
+// the argument.
+void recognise_substitute_all(ParsedCommand& command) {
   if (command.key != "SUBSTITUTE") return;
   const std::string_view arg = command.arg;
   if (!starts_with_ci(arg, "ALL") || (arg.size() > 3 && arg[3] != ' ')) return;
@@ -98,7 +98,7 @@ ParsedCommand parse_command(std::string_view line, const LineContext& context, K
       (match_exact_form(start, command) || match_key_alone(start, form_of, command)))
     return command;
   if (match_prefix_form(text, start, command)) {
-    tell_substitute_all(command);
+    recognise_substitute_all(command);
     return command;
   }
   if (match_key_with_argument(text, start, form_of, command)) return command;

@@ -21,7 +21,7 @@ struct ParsedCommand {
 
 // Parses a line without qualifiers. Never fails: a line of no known form gets its first word as key. A line
 // number becomes GOTO-LINE with the number as argument, without leading zeros unless it is beyond 64 bits.
-// `form_of` knows the keys whose own words are spellings too.
+// `form_of` says which keys may be typed as their own words.
 ParsedCommand parse_command(std::string_view line, const LineContext& context, KeyFormLookup form_of);
 
 } // namespace zan

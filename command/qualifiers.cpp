@@ -9,8 +9,8 @@
 namespace zan {
 namespace {
 
-// Reads the value behind a qualifier's name, when there is one: `rest` is the line from the byte after the
-// name on. Returns the number of bytes that the value takes.
+// Reads the value of a qualifier, if there is one. `rest` is the line behind the qualifier's name. Returns
+// the length of the value.
 using ReadValue = std::size_t (*)(std::string_view rest, Qualifiers& quals);
 
 std::size_t read_brief_width(std::string_view rest, Qualifiers& quals) {
@@ -60,8 +60,8 @@ const Qualifier* find_qualifier(std::string_view word) {
   return nullptr;
 }
 
-// `rest` begins behind a slash. Applies the qualifier there, if it is one, and returns its length with its
-// value.
+// `rest` begins behind a slash. Applies the qualifier there, if it is one, and returns the length of its name
+// and value.
 std::size_t take_qualifier(std::string_view rest, Qualifiers& quals) {
   const auto end = std::ranges::find_if_not(rest, is_alpha);
   const auto length = static_cast<std::size_t>(end - rest.begin());
@@ -75,7 +75,7 @@ std::size_t take_qualifier(std::string_view rest, Qualifiers& quals) {
 
 Qualifiers extract_qualifiers(std::string& line) {
   Qualifiers quals;
-  std::size_t kept = 0; // the bytes that stay are moved to the front of the line
+  std::size_t kept = 0; // bytes that stay; they are moved to the front
   for (std::size_t at = 0; at < line.size(); ++at) {
     if (line[at] == '/') {
       if (const std::size_t taken = take_qualifier(std::string_view(line).substr(at + 1), quals); taken > 0) {

@@ -22,7 +22,7 @@ struct Qualifiers {
 
 // Takes every known qualifier and its value out of `line`, wherever it stands (inside quotes too), and trims
 // what is left. Unknown words behind a slash stay. A value that is no number leaves its field as it was. One
-// pass, in place.
+// pass.
 Qualifiers extract_qualifiers(std::string& line);
 
 } // namespace zan

@@ -31,7 +31,7 @@ enum class KeyForm {
   either,    // an argument or nothing: "SHOW KEY"
 };
 
-// Whether the key's words may stand in that form.
+// An argument can only follow the words of a key of two words.
 constexpr bool suits(std::string_view key, KeyForm form) {
   return form == KeyForm::unspelled || form == KeyForm::alone || std::ranges::count(key, '-') == 1;
 }

@@ -17,7 +17,7 @@ BlockWriter::BlockWriter(int descriptor, Abort& abort)
     : descriptor_(descriptor), abort_(abort), block_(kBlockSize, '\0') {}
 
 bool BlockWriter::put_across(std::string_view bytes) {
-  // Filled up first: then no small write comes between large ones.
+  // Fill the block first, so that no small write comes between large ones.
   const std::size_t room = used_ == 0 ? 0 : block_.size() - used_;
   if (room > 0) put(bytes.substr(0, room));
   bytes.remove_prefix(room);

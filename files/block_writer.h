@@ -38,8 +38,7 @@ class BlockWriter {
   std::size_t used_ = 0;
 };
 
-// Puts all bytes of a file into the writer; false when the writer failed. It may be called several times and
-// puts the same bytes each time.
+// Puts all bytes of a file into the writer; false when the writer failed. Each call puts the same bytes.
 using ByteSource = std::function<bool(BlockWriter& out)>;
 
 // Flushes a descriptor's data to the disk. True also for things that cannot be synced, such as pipes.

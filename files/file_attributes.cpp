@@ -32,7 +32,7 @@ bool copy_owner(int from, int to) {
 #if defined(__linux__) || defined(__APPLE__)
 
 #if defined(__APPLE__)
-// These calls take a position and options besides.
+// Here these calls also take a position and options.
 ssize_t list_attributes(int file, char* buffer, std::size_t size) {
   return ::flistxattr(file, buffer, size, 0);
 }
@@ -40,7 +40,7 @@ ssize_t read_attribute(int file, const char* name, char* buffer, std::size_t siz
   return ::fgetxattr(file, name, buffer, size, 0, 0);
 }
 bool remove_attribute(int file, const char* name) {
-  // The system gives new files some that nobody may remove.
+  // The system gives new files some attributes that nobody may remove.
   return ::fremovexattr(file, name, 0) == 0 || errno == ENOATTR || errno == EPERM;
 }
 constexpr int kNoAttribute = ENOATTR;
@@ -58,15 +58,15 @@ constexpr int kNoAttribute = ENODATA;
 
 constexpr int kSizeAttempts = 8; // a value may grow between asking for its size and reading it
 
-// Reads what `call(buffer, size)` gives; with size 0 that says how much there is.
-template <typename Call> std::optional<std::string> read_sized(Call&& call) {
+// The bytes that `read(buffer, size)` reads; called with size 0, it returns how many there are.
+template <typename Read> std::optional<std::string> read_sized(Read&& read) {
   std::string bytes;
   for (int attempt = 0; attempt < kSizeAttempts; ++attempt) {
-    const ssize_t needed = call(bytes.data(), std::size_t{0});
+    const ssize_t needed = read(bytes.data(), std::size_t{0});
     if (needed < 0) return std::nullopt;
     bytes.resize(static_cast<std::size_t>(needed));
     if (needed == 0) return bytes;
-    const ssize_t size = call(bytes.data(), bytes.size());
+    const ssize_t size = read(bytes.data(), bytes.size());
     if (size < 0 && errno == ERANGE) continue;
     if (size < 0) return std::nullopt;
     bytes.resize(static_cast<std::size_t>(size));
@@ -98,7 +98,7 @@ bool remove_other_attributes(int from, int to) {
   if (!present) return false;
   for (const std::string& name : *present) {
     if (attribute_value(from, name)) continue;
-    if (errno != kNoAttribute) return false; // it may be there all the same
+    if (errno != kNoAttribute) return false; // it may exist all the same
     if (!remove_attribute(to, name.c_str())) return false;
   }
   return true;
@@ -108,7 +108,7 @@ bool remove_other_attributes(int from, int to) {
 
 #if defined(__linux__)
 
-// An attribute that is right already is not set: many may be read by everybody and set by few.
+// Does not set an attribute that is right already: many can be read by everybody and set by few.
 bool copy_attribute(int from, int to, const std::string& name) {
   const std::optional<std::string> value = attribute_value(from, name);
   if (!value) return false;
@@ -147,7 +147,7 @@ bool set_mode_bits(int file, mode_t mode) {
   const auto is_set = [&] {
     return ::fstat(file, &present) == 0 && ((mode ^ present.st_mode) & kAllModeBits) == 0;
   };
-  // Asked again afterwards: the system may drop a bit without a word.
+  // Checked afterwards: the system may drop a bit silently.
   return is_set() || (::fchmod(file, mode & kAllModeBits) == 0 && is_set());
 }
 

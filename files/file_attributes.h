@@ -8,8 +8,8 @@ namespace zan {
 // besides. False when that is not allowed or not possible; `to` may then have some of them.
 bool copy_owner_and_attributes(int from, int to);
 
-// Gives `file` the permission bits of `mode`, set-user-id and the like included. To be called last: a change
-// of owner, or a write, takes bits away again. False when the file does not have exactly these bits then.
+// Gives `file` the permission bits of `mode`, set-user-id and the like included. To be called last, because a
+// change of owner or a write clears some of them. False when the file does not have exactly these bits then.
 bool set_mode_bits(int file, mode_t mode);
 
 } // namespace zan

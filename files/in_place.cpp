@@ -45,9 +45,9 @@ std::optional<NewText> copy_of_new_text(const Place* place, const ByteSource& so
   return std::nullopt;
 }
 
-// Two editors that overwrite one file at once would mix their texts. True also where files have no locks.
+// Two editors that overwrite one file at once would mix their texts. True also where files cannot be locked.
 bool lock_now(int file) {
-#if defined(F_OFD_SETLK) // not given up when some other descriptor of the file is closed
+#if defined(F_OFD_SETLK) // kept when another descriptor of the file is closed
   constexpr int kSetLock = F_OFD_SETLK;
 #else
   constexpr int kSetLock = F_SETLK;
@@ -96,16 +96,16 @@ InPlace write_in_place(UniqueFd target, const std::string& path, const Place* pl
   if (!copy || !others.keep_bytes(target.get(), path, guard) || ::fstat(target.get(), &before) != 0)
     return {};
   if (!reserve_space(target.get(), copy->size)) {
-    set_length(target.get(), before.st_size); // gives back what was reserved beyond the end
+    set_length(target.get(), before.st_size); // releases what was reserved beyond the end
     return {};
   }
   BlockWriter out(target.get());
   copy->file.keep(true); // from here on, whatever ends this function
   others.stay(true);
-  // Synced before and after the cut: the copy may go only when both have reached the disk.
+  // Synced before and after the truncation: the copy may go only when both have reached the disk.
   bool saved = source(out) && out.flush() && sync_fully(target.get()) &&
                set_length(target.get(), static_cast<off_t>(copy->size)) && sync_fully(target.get());
-  // The system takes the set-user-id bits from a file that is written; its owner may put them back.
+  // A write clears the set-user-id bits; the owner may set them again.
   set_mode_bits(target.get(), before.st_mode);
   struct stat after {};
   const bool known = ::fstat(target.get(), &after) == 0;

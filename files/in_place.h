@@ -13,11 +13,11 @@ struct InPlace {
   std::string unsaved = {}; // the private copy, if the file holds only part of its text
 };
 
-// Overwrites the regular file `target`, open for writing at its start as `path`, keeping its inode. Nobody
-// else may hold a lock on it meanwhile. Before the first byte is touched, the new text lies whole and synced
-// in a private copy (beside the file when `place` is known and its directory can be written, else at home, in
-// $TMPDIR or /tmp) and the space for it is reserved; the file gets its new length last. When that fails after
-// old bytes were overwritten, the copy stays; otherwise it is removed.
+// Overwrites the regular file `target`, which is open for writing as `path`, and keeps its inode. Fails when
+// another process has locked the file. Before the first byte is touched, a private copy holds the new text,
+// whole and synced (beside the file when `place` is known and its directory can be written, else at home, in
+// $TMPDIR or /tmp), and the space for it is reserved. The file gets its new length last. When that fails
+// after old bytes were overwritten, the copy stays; otherwise it is removed.
 InPlace write_in_place(UniqueFd target, const std::string& path, const Place* place, const ByteSource& source,
                        const Guard& guard);
 

@@ -22,7 +22,7 @@ bool is_trusted(const JournalFile& journal, const struct stat& file) {
          (user != 0 || file.st_nlink <= 1);
 }
 
-// The user cannot have opened such a path. Other errors may be the disk's, and the file the journal.
+// The user cannot have opened such a path. After any other error the path may still be the journal.
 bool leads_nowhere(int error) {
   return error == ENOENT || error == ENOTDIR || error == EACCES || error == ELOOP || error == ENAMETOOLONG;
 }
@@ -35,7 +35,7 @@ bool is_protected(const JournalFile& journal, const struct stat& file) {
   });
 }
 
-// The journal as it exists; false when there is none, or none to be trusted.
+// Looks up the journal. False when there is none that may be trusted.
 bool find_journal(const JournalFile& journal, struct stat& file) {
   if (!is_usable_path(journal.path)) return false;
   const auto look = journal.named_by_user ? zan_stat : ::lstat;
@@ -58,7 +58,7 @@ OpenJournal open_journal(const JournalFile& journal) {
   return opened;
 }
 
-// False as well when the file cannot be read: an empty line more does no harm.
+// Also false when the file cannot be read: one more empty line does no harm.
 bool ends_in_line_feed(int file, off_t size) {
   char last = '\0';
   return size == 0 || (retry([&] { return ::pread(file, &last, 1, size - 1); }) == 1 && last == '\n');
@@ -71,12 +71,12 @@ bool append_line(int file, off_t size, std::string_view line) {
       {{&line_feed, before}, {const_cast<char*>(line.data()), line.size()}, {&line_feed, 1}}};
   const ssize_t count = retry([&] { return ::writev(file, parts.data(), static_cast<int>(parts.size())); });
   if (count <= 0 || static_cast<std::size_t>(count) == before + line.size() + 1) return count > 0;
-  // Nothing more can be done if this fails too; the next line will begin with a line feed.
+  // If this fails too, the next line will begin with a line feed.
   [[maybe_unused]] const int result = retry([&] { return ::ftruncate(file, size); });
   return false;
 }
 
-// On the disk. A file that a link leads to has a name that stays.
+// Also on the disk. A file behind a symbolic link is spared: its own name stays.
 void empty_if_only_name(const JournalFile& journal) {
   const UniqueFd opened = open_file(journal.path, O_WRONLY | O_NONBLOCK | O_NOFOLLOW);
   struct stat file {};
@@ -85,7 +85,8 @@ void empty_if_only_name(const JournalFile& journal) {
   if (retry([&] { return ::ftruncate(opened.get(), 0); }) == 0) sync_fully(opened.get());
 }
 
-// An output that did not exist yet must not appear before it is saved. A link to it stays.
+// Removes the file that opening the journal has created: the output must not exist before it is saved. A
+// symbolic link to it stays.
 void remove_created(const std::string& path) {
   const auto place = find_place(path);
   if (place) ::unlinkat(place->directory.get(), place->leaf.c_str(), 0);

@@ -53,13 +53,13 @@ bool OthersText::keep_bytes(int target, const std::string& path, const Guard& gu
   if (!must_be_kept(file, guard)) return true;
   for (const std::string& directory : guard.directories) {
     if (!copy_into(directory, guard.copy_name, open_file(path, O_RDONLY), file)) continue;
-    struct stat after {}; // somebody may be writing just now
+    struct stat after {}; // another program may be writing to it
     return ::fstat(target, &after) == 0 && state_of(after) == state_of(file);
   }
   return false;
 }
 
-// The link is looked at afterwards: the name may have gone to yet another file meanwhile.
+// The link is checked afterwards: the name may stand for yet another file by then.
 bool OthersText::link_into(const std::string& directory, const std::string& name, const Place& from,
                            const struct stat& file) {
   const UniqueFd to = open_directory(directory);

@@ -8,17 +8,17 @@
 #include "files/place.h"
 #include "text/file_state.h"
 
-// What a save does to a text that it would destroy although nobody asked for that.
+// Keeps a text of another program that a save would destroy.
 namespace zan {
 
 struct Guard {
-  std::function<bool(const FileState&)> may_replace; // a file in that state; none: in any
-  std::string copy_name;                // what else is there is kept under this name, or name.1 ...
-  std::vector<std::string> directories; // in the first of these where that can be done; first: the file's own
+  std::function<bool(const FileState&)> may_replace; // a file in that state; empty: in any state
+  std::string copy_name;                // the text of any other file is kept as this name, or name.1 ...
+  std::vector<std::string> directories; // in the first of these where that succeeds; first: the file's own
 };
 
-// The second name or the copy of a file that is about to be replaced or overwritten. It goes again with this
-// object, unless it is told to stay.
+// A hard link to, or a copy of, a file that is about to be replaced or overwritten. It is removed with this
+// object unless it is to stay.
 class OthersText {
  public:
   OthersText() = default;
@@ -26,10 +26,10 @@ class OthersText {
   OthersText& operator=(const OthersText&) = delete;
   ~OthersText();
 
-  // For the file that `place` holds, which a rename is to replace: a hard link, or else a private copy. False
-  // when it has to be kept and cannot be.
+  // Makes a hard link to the file at `place`, which a rename will replace, or else a private copy. False when
+  // the file must be kept and cannot be.
   bool keep_entry(const Place& place, const Guard& guard);
-  // For the file open as `target` by the name `path`, which is to be overwritten: a private copy.
+  // Makes a private copy of the file open as `target` by the name `path`, which will be overwritten.
   bool keep_bytes(int target, const std::string& path, const Guard& guard);
 
   void stay(bool stays) { stays_ = stays; }

@@ -35,7 +35,7 @@ UniqueFd open_new(int directory, const std::string& name, mode_t mode) {
   return open_at(directory, name, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
 }
 
-// What the link says; "" for anything that is no link.
+// The target of the symbolic link; "" when it is none.
 std::string read_link(int directory, const std::string& leaf) {
   std::vector<char> target(4096); // no system allows longer ones
   const ssize_t size = ::readlinkat(directory, leaf.c_str(), target.data(), target.size());
@@ -118,13 +118,13 @@ TemporaryFile::TemporaryFile(int directory, std::string_view leaf, mode_t mode)
     const std::string suffix = ".zan-" + unlikely_suffix();
     if (create(hint + suffix, mode)) return;
     if (errno == EEXIST) continue;
-    // The file system may take only short names, or not the name that the cut has made.
+    // The file system may refuse long names, or the name that the cut has made.
     if (create(suffix, mode) || errno != EEXIST) return;
   }
 }
 
 bool TemporaryFile::create(const std::string& name, mode_t mode) {
-  std::string kept = name; // nothing may fail between the making of the file and its name's being known
+  std::string kept = name; // copied first: nothing may fail between creating the file and setting name_
   file_ = open_new(directory_.get(), name, mode);
   if (file_) name_.swap(kept);
   return static_cast<bool>(file_);
@@ -151,8 +151,8 @@ bool TemporaryFile::rename_to_new(const std::string& leaf) {
   return errno != EEXIST && rename_to_reserved(leaf);
 }
 
-// For file systems without links: an empty file takes the name first, so that nobody else can. A crash just
-// between leaves that empty file, which held nothing before either.
+// For file systems without links: an empty file reserves the name first. A crash in between leaves that empty
+// file, but no text is lost.
 bool TemporaryFile::rename_to_reserved(const std::string& leaf) {
   if (!open_new(directory_.get(), leaf, kOwnerOnly)) return false;
   if (rename_over(leaf)) return true;

@@ -7,15 +7,15 @@
 
 #include "host/unique_fd.h"
 
-// Directory entries by directory and name: what is decided about a name and what is done to it then concern
-// the same directory, however the path to it changes meanwhile.
+// A directory descriptor and a leaf name, so that what is checked and what is then done concern the same
+// directory, even if the path to it changes meanwhile.
 namespace zan {
 
 inline constexpr mode_t kOwnerOnly = 0600; // read and written by its owner
 
-// open, repeated after interrupts; never makes a terminal the controlling one. -1 in the result: see errno.
+// open, repeated after interrupts; never makes a terminal the controlling one. After a failure see errno.
 UniqueFd open_file(const std::string& path, int flags, mode_t mode = 0);
-// The same to write, but an interrupt that stops the command also ends the wait for a FIFO's reader: EINTR.
+// The same for writing, but Ctrl/C also ends the wait for a FIFO's reader, with EINTR.
 UniqueFd open_target(const std::string& path);
 UniqueFd open_directory(const std::string& path); // to look names up in; it may be unreadable
 
@@ -32,7 +32,8 @@ UniqueFd open_in(const Place& place, int flags); // the file itself
 // that ends in a slash, a link loop or a missing directory.
 std::optional<Place> find_place(const std::string& path);
 
-// Makes a new name or a rename in the directory last beyond a crash. True where directories cannot be synced.
+// Syncs the directory, so that a new name or a rename in it survives a crash. True where directories cannot
+// be synced.
 bool sync_directory(int directory);
 
 // A file under a name of its own beside `leaf`, removed again unless it was published or kept.

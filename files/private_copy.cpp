@@ -18,7 +18,7 @@ std::optional<TemporaryFile> make_private_copy(int directory, const std::string&
                                                const CopyWriter& write) {
   TemporaryFile file(directory, leaf, kOwnerOnly);
   if (!file || !write(file.descriptor())) return std::nullopt;
-  ::fchmod(file.descriptor(), kOwnerOnly); // what the umask took from the owner
+  ::fchmod(file.descriptor(), kOwnerOnly); // the umask may have cleared the owner's bits
   if (!sync_fully(file.descriptor()) || !file.close()) return std::nullopt;
   return file;
 }
@@ -40,11 +40,11 @@ std::optional<std::string> write_private_copy(const std::string& directory, cons
   std::optional<TemporaryFile> copy = make_private_copy(place.get(), name, write);
   if (!copy) return std::nullopt;
   std::string path;
-  const bool named =
-      take_free_name(name, [&](const std::string& free) {
-        path = path_in(directory, free); // first: nothing may fail for lack of memory once the name is taken
-        return copy->rename_to_new(free);
-      }).has_value();
+  const bool named = take_free_name(name, [&](const std::string& free) {
+                       path =
+                           path_in(directory, free); // first: no memory may be needed once the name is taken
+                       return copy->rename_to_new(free);
+                     }).has_value();
   if (!named) return std::nullopt;
   sync_directory(place.get());
   return path;

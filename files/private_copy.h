@@ -22,9 +22,9 @@ std::optional<TemporaryFile> make_private_copy(int directory, const std::string&
 std::optional<std::string> take_free_name(const std::string& name,
                                           const std::function<bool(const std::string& name)>& take);
 
-// A private copy in the directory under `name`, or the next free name (see take_free_name): part of a copy
-// never bears it. The copy's path, once it has reached the disk; otherwise no file is left. Takes little
-// memory.
+// Makes a private copy in the directory as `name`, or the next free name (see take_free_name); an incomplete
+// copy never has that name. Returns the copy's path once it has reached the disk; otherwise no file is left.
+// Takes little memory.
 std::optional<std::string> write_private_copy(const std::string& directory, const std::string& name,
                                               const CopyWriter& write);
 

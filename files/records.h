@@ -70,9 +70,9 @@ template <typename Sink> bool cut_chunk(const Chunk& chunk, FixedRecords& record
   return records.add(rest, sink);
 }
 
-// Hands the bytes of the file that holds `rows` of `text` to `sink`, as they lie: records of `record_length`
-// bytes, or the lines as they are when that is 0. Every record ends in a line feed, but one that is the whole
-// file and empty makes an empty file; no rows at all make a file of one line feed.
+// Hands the bytes of the file that holds `rows` of `text` to `sink`: records of `record_length` bytes, or the
+// lines as they are when that is 0. Each record or line ends in a line feed. But a single empty line makes an
+// empty file when there are no records, and no rows at all make a file of one line feed.
 template <typename Sink>
 bool each_file_piece(const LineStore& text, RowStretch rows, std::uint64_t record_length, Sink&& sink) {
   const std::uint64_t total = text.line_count();
@@ -89,13 +89,12 @@ bool each_file_piece(const LineStore& text, RowStretch rows, std::uint64_t recor
   return record_length == 0 ? sink(std::string_view("\n")) : records.end_line(sink);
 }
 
-// The record length that each_file_piece takes, from the settings: fixed records of a length below 1 are
-// none.
+// The record length for each_file_piece, from the settings. A fixed length below 1 means no records.
 inline std::uint64_t effective_record_length(bool fixed, int length) {
   return fixed && length >= 1 ? static_cast<std::uint64_t>(length) : 0;
 }
 
-// The same bytes for a writer. Holds a copy of the text, which shares everything.
+// The same bytes as a source. It holds a copy of the text, which shares everything.
 ByteSource record_source(const LineStore& text, RowStretch rows, std::uint64_t record_length);
 
 } // namespace zan

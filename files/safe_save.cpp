@@ -13,12 +13,12 @@ namespace zan {
 
 namespace {
 
-constexpr mode_t kNewFile = 0666; // less what the umask or the directory's default access list takes away
-constexpr int kAttempts = 10;     // for names that other processes make and remove meanwhile
+constexpr mode_t kNewFile = 0666; // less what the umask or the directory's default access list clears
+constexpr int kAttempts = 10;     // other processes may create and remove the name meanwhile
 
 enum class RenameResult { saved, failed, not_possible };
 
-// What a standard stream writes next must reach the same file, so it may not be replaced by another one.
+// The file of a standard stream must not be replaced: what the stream writes next would be lost.
 bool is_standard_stream(const struct stat& file) {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     struct stat stream {};
@@ -54,8 +54,8 @@ RenameResult replace_by_rename(int target, mode_t mode, const Place& place, cons
                                const Guard& guard, Saved& saved) {
   const HeldSignals held;
   TemporaryFile fresh(place.directory.get(), place.leaf, kOwnerOnly);
-  // Tried first on the empty file, because it decides the way, and again later, because writing takes some
-  // attributes away.
+  // First on the empty file, because this decides whether a rename will do. Again later, because a write
+  // clears some attributes.
   if (!fresh || !copy_owner_and_attributes(target, fresh.descriptor())) return RenameResult::not_possible;
   if (!write_to(fresh.descriptor(), source)) return RenameResult::failed;
   if (!copy_owner_and_attributes(target, fresh.descriptor()) || !set_mode_bits(fresh.descriptor(), mode)) {
@@ -74,7 +74,8 @@ RenameResult replace_by_rename(int target, mode_t mode, const Place& place, cons
   return sync_directory(place.directory.get()) ? RenameResult::saved : RenameResult::failed;
 }
 
-// A device, a pipe: nothing to keep, and nothing to cut off. An interrupt ends the wait for its reader.
+// A device or a pipe: there is no old text to keep, and nothing to truncate. An interrupt ends the wait for its
+// reader.
 bool write_stream(UniqueFd target, const ByteSource& source) {
   return write_to(target.get(), source, g_zan_abort_requested) && sync_fully(target.get()) && target.close();
 }
@@ -125,7 +126,7 @@ Saved save_file(const std::string& path, const ByteSource& source, SaveMode mode
     if (target) return overwrite(path, std::move(target), source, guard);
     if (errno != ENOENT) break;
     Saved created = create(path, source);
-    if (created.result != SaveResult::exists) return created; // else it has appeared meanwhile
+    if (created.result != SaveResult::exists) return created; // another process has just created it
   }
   return {};
 }

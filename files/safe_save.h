@@ -24,7 +24,7 @@ struct Saved {
   // Of the file with the new text, or with part of it. missing: nothing was written, or it was a device;
   // unreadable: something was, but the file cannot be looked at.
   FileState state = {};
-  std::string kept = {};    // where the text lies that the file held and the guard would not lose; "": none
+  std::string kept = {};    // where the guard has kept the text that the file held; "": it has not
   std::string unsaved = {}; // the private copy that has become the only whole text; "": there is none
 
   explicit operator bool() const { return result == SaveResult::saved; }
@@ -33,8 +33,9 @@ struct Saved {
 // Writes the bytes of `source` as the file `path`, such that the old text or the new one, whole, survives a
 // full disk, a crash or a kill at any instant, and that the file stays what it was.
 //
-// Whether the file may be written is decided by opening it for writing, as a plain overwrite would (so a FIFO
-// waits for its reader). Symbolic links are followed, also to a missing file, and stay links.
+// The file is opened for writing first, as a plain overwrite would do: that decides whether it may be
+// written, and waits for the reader of a FIFO. Symbolic links are followed, also to a missing file, and stay
+// links.
 //
 // A regular file whose owner, mode, access lists and attributes can be carried over is replaced: the text is
 // written beside it under a temporary name, synced and renamed. Anything else is written in place. For a
@@ -44,8 +45,8 @@ struct Saved {
 // after old bytes have been overwritten, that copy is the only whole text left and stays there. In every
 // other case a failed save leaves the file as it was and no temporary file.
 //
-// A regular file in a state that the guard does not let go is kept beforehand; when that cannot be, the save
-// fails.
+// The text of a regular file that the guard does not let be replaced is kept first. If it cannot be kept, the
+// save fails.
 Saved save_file(const std::string& path, const ByteSource& source, SaveMode mode, const Guard& guard = {});
 
 } // namespace zan

@@ -3,7 +3,7 @@
 #include <string>
 #include <sys/stat.h>
 
-// The system's stat, result and all; the one door through which existence is probed.
+// The system's stat. Every test for existence goes through it.
 int zan_stat(const char* path, struct stat* buffer);
 
 namespace zan {

@@ -13,8 +13,8 @@ using ExistsTest = std::function<bool(const std::string& path)>; // is there a r
 std::string_view strip_vms_version(std::string_view path);
 inline bool has_vms_version(std::string_view path) { return strip_vms_version(path).size() != path.size(); }
 
-// The highest version of `base` that exists, 0 when there is none. The names are probed one by one, from 1 to
-// 9999 at most, giving up 51 numbers past the highest one found: the directory is never listed.
+// The highest version of `base` that exists, 0 when there is none. Probes the names one by one, from 1 to
+// 9999 at most, and gives up 51 numbers past the highest one found. Never lists the directory.
 int highest_vms_version(const std::string& base, const ExistsTest& exists);
 
 // The next free version of `base`, as a path: base;1 when there is none yet.

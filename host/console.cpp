@@ -43,7 +43,7 @@ std::optional<std::string> Console::read_line() {
 }
 
 bool Console::waits_for_input() const {
-  constexpr int kMoment = 50; // milliseconds: what is typed by a program is there sooner
+  constexpr int kMoment = 50; // milliseconds: what a program types is there sooner
   return input_.unread().empty() && input_.wait(nullptr, kMoment) == 0;
 }
 

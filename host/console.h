@@ -9,9 +9,9 @@
 namespace zan {
 
 // The three standard streams as line mode uses them. Output is gathered into large blocks; it reaches the
-// terminal before every wait for input, before anything is said on standard error, and on flush(). Nothing is
-// reported when a stream cannot be written: an editor must not die of a closed pipe. Once a signal has asked
-// the program to end, nothing is waited for any more: what is written is dropped, and no input comes.
+// terminal before every wait for input, before a message on standard error, and on flush(). A stream that
+// cannot be written is not reported: an editor must not die of a closed pipe. Once a signal has asked the
+// program to end, output is dropped and no line is returned, so that nothing waits.
 class Console {
  public:
   Console() = default;
@@ -24,19 +24,17 @@ class Console {
   void flush();
 
   std::optional<std::string> read_line(); // as StandardInput's, after flushing
-  void release_input(); // before a child or, at the end of the program, somebody else uses standard input
-  bool reads_terminal() const {
-    return input_.is_terminal();
-  }                             // it did at the start: since then it may have gone
-  bool waits_for_input() const; // no line can be read yet, nor within a moment
+  void release_input(); // before a child, or the shell after the program, reads standard input
+  bool reads_terminal() const { return input_.is_terminal(); } // at the start: it may have hung up since
+  bool waits_for_input() const;                                // nothing can be read now, nor within a moment
 
  private:
   std::string output_;
   StandardInput& input_ = standard_input();
 };
 
-// Writes all of `text` to a descriptor, going on after interrupts and short writes. False on an error, and
-// when it would have to wait although a signal asks the program to end.
+// Writes all of `text` to a descriptor. False after an error, and when a signal asks the program to end and
+// the rest would have to wait.
 bool write_fully(int descriptor, std::string_view text);
 
 } // namespace zan

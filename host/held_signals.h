@@ -4,8 +4,8 @@
 
 namespace zan {
 
-// While it lives, signals that ask the program to end wait: one that ended it in the middle of a save would
-// leave a temporary file behind.
+// Blocks the signals that end the program while it lives: one in the middle of a save would leave a temporary
+// file behind.
 class HeldSignals {
  public:
   HeldSignals() {

@@ -17,13 +17,13 @@ namespace {
 constexpr std::array kEnding{SIGTERM, SIGHUP, SIGINT, SIGQUIT};
 constexpr unsigned kReminder = 1; // seconds
 
-volatile std::sig_atomic_t terminal_cut_off = -1; // a descriptor of it
+volatile std::sig_atomic_t terminal_cut_off = -1; // a duplicate of the terminal's descriptor
 
 void do_nothing(int) {}
 
 void handle(int signal, void (*handler)(int)) {
   struct sigaction action {};
-  action.sa_handler = handler; // without SA_RESTART: what waits is to look at the flag
+  action.sa_handler = handler; // no SA_RESTART: waits return and check the flag
   sigemptyset(&action.sa_mask);
   sigaction(signal, &action, nullptr);
 }
@@ -37,7 +37,7 @@ void handle_unless_ignored(int signal, void (*handler)(int)) {
   if (!has_handler(signal, SIG_IGN)) handle(signal, handler);
 }
 
-// The screen library repeats an interrupted write until somebody reads the terminal, which may be never.
+// The screen library repeats an interrupted write until the terminal is read, which may be never.
 void cut_off_terminal() {
   termios modes{};
   if (tcgetattr(STDOUT_FILENO, &modes) != 0) return;
@@ -50,9 +50,9 @@ void cut_off_terminal() {
 
 void note_ending_signal(int signal);
 
-// Interrupts a wait that began just after the look at the flag. From the first time on, nothing holds up
-// another signal, whatever the answer waits for; before, it may be one of those that come together: a
-// terminal that is closed sends one, its shell another.
+// SIGALRM interrupts again, each second, a wait that began just after the flag was checked. From the first
+// tick on, a second signal kills. Before that it may belong to the first one: a terminal that is closed sends
+// one, and its shell another.
 void remind(int) {
   const int error = errno;
   for (const int signal : kEnding)

@@ -2,31 +2,32 @@
 
 #include <csignal>
 
-// The signal that asks the program to end and has not been answered yet; 0 when there is none.
+// A signal that asks the program to end and that the program has not obeyed yet; 0 when there is none.
 extern volatile std::sig_atomic_t g_zan_pending_signal;
 
 namespace zan {
 
-// What holds from the start of main on: a closed pipe or a file size limit is a failed write, not the end of
-// the program. Children get the default dispositions.
+// To be called at the start of main. From then on a closed pipe or a file size limit makes a write fail
+// instead of ending the program. These are handlers, not SIG_IGN, so that children get the default
+// dispositions.
 void install_signal_handlers();
 
-// From now on SIGTERM, SIGHUP, SIGINT and SIGQUIT do not end the program where it stands: they are noted, and
-// answered where its text can be rescued first. What the parent wants ignored, as nohup does, stays ignored.
+// From now on SIGTERM, SIGHUP, SIGINT and SIGQUIT are only noted: the program ends where it can rescue its
+// text first. A signal that the parent process ignores, as nohup does, stays ignored.
 //
-// A noted signal sets g_zan_pending_signal and, so that a long command ends early, g_zan_abort_requested.
-// Every wait is interrupted; a signal that comes a second later or more ends the program at once. A terminal
-// on standard output is cut off: what is written to it goes nowhere, and so holds nothing up.
+// The handler sets g_zan_pending_signal and, so that a long command ends early, g_zan_abort_requested. It
+// interrupts every wait. A second signal, a second later or more, kills the program. A terminal on standard
+// output is replaced by /dev/null, so that no write to it blocks.
 void answer_ending_signals();
 
-bool output_is_cut_off();
-void reconnect_output(); // when it is cut off
+bool output_is_cut_off(); // /dev/null has taken the terminal's place
+void reconnect_output();  // gives the terminal its place back
 
-// Called when there is nothing left to rescue. From now on no wait is longer than a second: it is
-// interrupted, or the pending signal ends the program there.
+// To be called when nothing is left to rescue. From then on a timer interrupts every wait after a second, or
+// lets the pending signal kill the program there.
 void limit_waits();
 
-// Ends the program by the pending signal, as if it had never been caught. Returns when there is none.
+// Kills the program by the pending signal, as if it had never been caught. Returns when there is none.
 void end_by_pending_signal();
 
 } // namespace zan

@@ -2,8 +2,8 @@
 
 namespace zan {
 
-// Command files and macros may run each other thousands deep, a few stack frames a level. Asks the system for
-// a stack that holds that; called once, first thing in main.
+// Raises the limit of the stack, because command files and macros may nest thousands deep, a few stack frames
+// a level. To be called once, first in main.
 void raise_stack_limit();
 
 // How deep command files and macros may nest (counted together): 12,000, or less where the stack is small.

@@ -15,7 +15,7 @@ namespace zan {
 namespace {
 
 constexpr std::size_t kBlock = 64 * 1024;
-// Nobody types as many bytes in as many milliseconds.
+// More bytes than this within that time are a paste: nobody types so fast.
 constexpr std::size_t kPaste = 256;
 constexpr std::chrono::milliseconds kMoment{100};
 
@@ -47,14 +47,14 @@ std::optional<std::string> StandardInput::read_line() {
   return line;
 }
 
-// A terminal hands out one line at a time, however much is asked for.
+// In line mode a terminal returns one line per read, however large the block is.
 bool StandardInput::wait_for_line() {
   const std::size_t most = kind_ == Kind::other ? 1 : kBlock;
   while (g_zan_pending_signal == 0) {
     read(most);
     if (!unread().empty()) return true;
     if (ended_ || g_zan_abort_requested != 0) break;
-    // Interrupted, or somebody has made it one that does not wait.
+    // Interrupted, or the descriptor is non-blocking.
     wait(nullptr, -1);
     if (g_zan_abort_requested != 0) break;
   }

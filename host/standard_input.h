@@ -9,40 +9,40 @@
 
 namespace zan {
 
-// Standard input, the only one that reads it. Line mode takes lines from it and the screen keys, out of the
-// same bytes, so that what one of them has not taken is the other's.
+// The one reader of standard input. Line mode takes lines from it and the screen takes keys, out of the same
+// bytes: type-ahead that one of them leaves is read by the other.
 //
-// No byte is taken from a terminal or a pipe that is not needed yet: it stays for the program that reads
-// next. A file is read in blocks, because it can be wound back. Of a terminal, the bytes kept here were typed
-// as keys, or are made so: Return is a carriage return, not yet a line's end.
+// It reads no byte from a terminal or a pipe before it is needed, so that type-ahead stays for the program
+// that reads next. It reads a file in blocks, because it can set the file's offset back. Bytes of a terminal
+// are kept as keys send them: Return is a carriage return.
 class StandardInput {
  public:
   StandardInput();
 
   bool is_terminal() const { return kind_ == Kind::terminal; } // it was one at the start
-  bool lost_terminal() const;                                  // it was one, and has gone or fails
+  bool lost_terminal() const;                                  // it was one, and has hung up or fails
 
-  // One line without its line feed; the last one may lack it. Nothing at the end of the input, on an error,
-  // and when Ctrl/C is caught while waiting (g_zan_abort_requested is then set).
+  // One line without its line feed; the last one may lack it. Nothing at the end of the input, after an
+  // error, and when Ctrl/C is caught during the wait (g_zan_abort_requested is then set).
   std::optional<std::string> read_line();
 
   std::string_view unread() const { return std::string_view(bytes_).substr(used_); }
-  void take(std::size_t count) { used_ += count; } // of them
-  void retype(char key) { bytes_ += key; }         // behind them
+  void take(std::size_t count) { used_ += count; } // these unread bytes are done with
+  void retype(char key) { bytes_ += key; }         // appends to the unread bytes
   bool ended() const { return ended_ && unread().empty(); }
-  bool waits() const { return wait(nullptr, 0) > 0; } // something can be read, be it the end
-  // Positive when something can be read, 0 after `milliseconds` (negative: never), negative after a signal.
-  // `mask`, if any, holds while it waits.
+  bool waits() const { return wait(nullptr, 0) > 0; } // a read would not block
+  // Positive when a read would not block, 0 after `milliseconds` (negative: no limit), negative after a
+  // signal. `mask`, unless it is null, is the signal mask during the wait.
   int wait(const sigset_t* mask, int milliseconds) const;
-  // After a wait: reads what is there, as much as a key needs, and more once it is a paste. False at the end.
+  // After a wait: reads one byte, or a block once bytes come as fast as those of a paste. False at the end.
   bool read_key_bytes();
 
-  // For a terminal only; of a pipe or file nothing is read ahead. After its mode has been changed,
-  // read_across is to be called: what was typed in the old mode is readable only then.
+  // Both do nothing unless it is a terminal. Before its mode is changed: reads what has been typed so far.
   void read_ahead();
+  // After that: reads what was typed in the old mode and becomes readable only now.
   void read_across();
 
-  void give_back(); // what has been read of a file and not been taken, before somebody else reads it
+  void give_back(); // sets a file's offset back to the first unread byte, for the program that reads next
 
  private:
   enum class Kind { terminal, file, other };
@@ -55,8 +55,8 @@ class StandardInput {
   std::size_t used_ = 0;
   std::size_t at_once_ = 0; // bytes read for keys since moment_
   std::chrono::steady_clock::time_point moment_;
-  bool typed_as_keys_ = false; // what is unread; where it is false, Return has become a line feed
-  bool ended_ = false;         // said the last read
+  bool typed_as_keys_ = false; // Return is a carriage return in the unread bytes, not a line feed
+  bool ended_ = false;         // the last read found the end
   bool failed_ = false;
 };
 

@@ -26,8 +26,8 @@ class UniqueFd {
   int get() const { return descriptor_; }
   explicit operator bool() const { return descriptor_ >= 0; }
 
-  // False when the system reports an error: some file systems find out only now that a write had no room.
-  // After an interrupt the descriptor is gone all the same, so that is not tried again.
+  // False when the system reports an error: some file systems report only here that a write had no room. Not
+  // repeated after an interrupt, because the descriptor is gone even then.
   bool close() {
     const int descriptor = std::exchange(descriptor_, -1);
     return descriptor < 0 || ::close(descriptor) == 0 || errno == EINTR;

@@ -8,7 +8,7 @@
 
 namespace zan {
 
-// What a file was when it was looked at. Two looks that give the same state have seen the same text.
+// What stat says about a file. Two equal states are taken for the same text.
 struct FileState {
   enum class Kind { missing, unreadable, present };
   Kind kind = Kind::missing;
@@ -22,8 +22,7 @@ struct FileState {
 
 FileState state_of(const struct stat& file); // present
 
-// Where a text came from. Buffers share it, so that a copy of one costs nothing: two texts with the same
-// object came from the same file.
+// Where a text came from. Two texts that share this object came from the same file.
 struct FileOrigin {
   std::string path;
   FileState state; // just before its bytes were read

@@ -20,10 +20,9 @@ struct LoadedText {
 
 // The file's lines: a line feed at the very end starts no further line, and one carriage return is removed
 // from the end of each line, also of a last one without line feed. Nothing when the file cannot be opened, is
-// a directory, fails to be read to its end or finds no room in memory: part of a file never passes for the
-// whole. Also nothing once `abort` is set, be it while a FIFO waits for its other end. A single pass, in
-// which the file is read to where its text then stays. `found`, unless it is null, becomes the state of the
-// file before its bytes were read.
+// a directory, cannot be read to its end or does not fit into memory: part of a file never passes for the
+// whole. Also nothing once `abort` is set, even while a FIFO waits for its writer. A single pass: the bytes
+// are read to where they stay. `found`, unless it is null, becomes the state of the file before it was read.
 std::optional<LoadedText> load_file(const std::string& path, FileState* found = nullptr,
                                     Abort& abort = kNeverAborted);
 

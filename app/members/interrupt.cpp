@@ -4,7 +4,7 @@
 
 namespace {
 
-// A signal that asks the program to end goes on stopping whatever runs.
+// Clears the flag, unless a signal asks the program to end: that signal stops every later command too.
 void forget_abort() {
   if (g_zan_abort_requested != 0 && g_zan_pending_signal == 0) zan::retype_interrupt();
   g_zan_abort_requested = g_zan_pending_signal != 0 ? 1 : 0;
@@ -17,7 +17,7 @@ Editor::AbortGuard::AbortGuard() {
   struct sigaction action {};
   action.sa_handler = zan_sigint_handler;
   sigemptyset(&action.sa_mask);
-  // Without SA_RESTART, so that a question waiting for its answer ends at once.
+  // No SA_RESTART: a question that waits for its answer must end at once.
   sigaction(SIGINT, &action, &previous_);
   zan::make_interrupt_a_signal();
 }

@@ -10,7 +10,8 @@
 
 namespace {
 
-// Ends the process as exit does, after what would otherwise be lost has been flushed.
+// Ends the process, by the pending signal if there is one. exit destroys no automatic object, so the console
+// is flushed here.
 [[noreturn]] void leave(zan::Console& console, int status) {
   zan::end_by_pending_signal();
   console.flush();

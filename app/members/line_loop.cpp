@@ -12,7 +12,7 @@
 
 int Editor::run() {
   input_found = load_main_text(current, input_file);
-  zan::answer_ending_signals(); // only now: until then, nothing can be lost
+  zan::answer_ending_signals(); // only now: before, there is nothing to rescue
   main_on_disk = current.lines();
   buffers.entry("MAIN") = current;
   buffers.entry("PASTE") = TextBuffer();
@@ -74,8 +74,8 @@ void Editor::handle_command_result(CommandResult result, bool allow_exit) {
 }
 
 void Editor::run_command_file(const std::string& path, bool verbose) {
-  // The file is read whole and closed first: it may name itself, or be the journal that its lines append to.
-  // One nested too deep is refused like one that cannot be opened.
+  // The file is read whole first: it may run itself, or be the journal that its own lines are appended to. A
+  // file nested too deep is refused like one that cannot be opened.
   std::optional<std::string> content;
   if (nesting_depth < zan::nesting_limit()) {
     const AbortGuard guard;

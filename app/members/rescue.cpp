@@ -70,7 +70,7 @@ void say_where_rescued(const std::vector<std::string>& copies, std::string_view 
 void end_if_asked(const EditorState& editor) {
   if (g_zan_pending_signal == 0) return;
   const auto copies = rescue(editor);
-  const bool in_line_mode = !g_curses_active; // the cursor stands behind a prompt, or anywhere
+  const bool in_line_mode = !g_curses_active; // the cursor may stand behind a prompt
   reconnect_output();
   limit_waits();
   zan_safe_endwin();

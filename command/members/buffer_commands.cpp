@@ -19,7 +19,7 @@ void Editor::copy_move_command(const std::string& arg, bool move, bool verbose) 
   const auto lines = current.lines_in_range(range->first, range->last);
   TextBuffer& destination = live_buffer(name);
   if (lines) destination.append_lines(*lines);
-  // The copies stand after the range, whose numbers are still right.
+  // The copies stand behind the range, so its line numbers still hold.
   if (move) delete_range(*range);
   say(verbose, zan::counted(lines ? lines->line_count() : 0, "line"), move ? " moved" : " copied",
       " to =", name, "\n");

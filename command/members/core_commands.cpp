@@ -16,7 +16,7 @@ bool ends_insert(std::string_view line) {
          line.find_first_not_of(std::string_view(" \t\x1a", 3)) == std::string_view::npos;
 }
 
-// Prints numbered lines part by part as they come, since a line may be longer than memory has room for.
+// Prints numbered lines part by part, because a line may be longer than memory has room for.
 class LinePrinter {
  public:
   LinePrinter(const Editor& editor, std::uint64_t row, bool brief, int width)
@@ -60,7 +60,7 @@ class LinePrinter {
   bool begun_ = false;
 };
 
-// Lines first to last, which exist. False when Ctrl/C has ended it.
+// Types lines first to last, which exist. False when Ctrl/C has stopped it.
 bool type_lines(const Editor& editor, std::uint64_t first, std::uint64_t last, bool brief, int width) {
   const zan::LineStore& text = editor.current.lines();
   LinePrinter printer(editor, first, brief, width);
@@ -230,7 +230,7 @@ void Editor::find_next(Direction way) {
   status_message = "Found: " + search_string;
 }
 
-// ---- top, bottom, direction, and the small ones
+// ---- top, bottom, direction, bell, date, files
 
 void Editor::go_top() {
   cursor_row = 0;

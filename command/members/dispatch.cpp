@@ -16,11 +16,11 @@ using zan::KeyForm;
 struct Command {
   std::string_view key;
   Result (*run)(Editor&, const Parsed&, bool verbose);
-  // What changes text or buffers is refused when read-only and preceded by an undo snapshot, which commands
-  // that may ask for lines take themselves: there is none when Ctrl/C has cancelled them.
+  // A command that changes text or buffers is refused in a read-only run, and an undo snapshot is taken
+  // before it. One that may ask for lines takes the snapshot itself after asking, so that Ctrl/C leaves none.
   enum class Changes { no, yes, after_asking } changes = Changes::no;
   KeyForm form = KeyForm::alone; // of a key of several words
-  bool after_macros = false;     // a macro of the key's name runs in its place
+  bool after_macros = false;     // settings and macros of that name come first
 };
 
 constexpr auto kNoChanges = Command::Changes::no;
@@ -28,7 +28,7 @@ constexpr auto kChanges = Command::Changes::yes;
 constexpr auto kChangesAfterAsking = Command::Changes::after_asking;
 constexpr bool kAfterMacros = true;
 
-// The action of a row that is one member: with whatever of argument, qualifiers and verbose it takes.
+// Calls a member with those of argument, qualifiers and verbose that it takes.
 template <auto Member> Result member(Editor& editor, const Parsed& command, bool verbose) {
   const auto invoke = [&]() {
     if constexpr (std::is_invocable_v<decltype(Member), Editor&>) return (editor.*Member)();
@@ -48,7 +48,7 @@ template <auto Member> Result member(Editor& editor, const Parsed& command, bool
   }
 }
 
-template <Result result> Result give(Editor&, const Parsed&, bool) { return result; }
+template <Result result> Result return_result(Editor&, const Parsed&, bool) { return result; }
 
 template <Editor::Direction direction> Result turn(Editor& editor, const Parsed&, bool verbose) {
   editor.set_direction(direction, verbose);
@@ -85,7 +85,7 @@ Result substitute_all(Editor& editor, const Parsed& command, bool verbose) {
   return Result::Continue;
 }
 
-// Every key that is not a setting (those are rows of the settings table). Sorted by key for the lookup.
+// Every key but those of the settings, which settings.cpp has. Sorted by key for the lookup.
 constexpr auto kCommands = [] {
   auto rows = std::to_array<Command>({
       {"ADVANCE", turn<Editor::Direction::Advance>},
@@ -107,7 +107,7 @@ constexpr auto kCommands = [] {
       {"DEL-L", member<&Editor::delete_line>, kChanges},
       {"DEL-W", member<&Editor::delete_word>, kChanges},
       {"DELETE", member<&Editor::delete_command>, kChanges},
-      {"EXIT", give<Result::Exit>},
+      {"EXIT", return_result<Result::Exit>},
       {"FILES", member<&Editor::show_files>},
       {"FILL", member<&Editor::fill_command>},
       {"FIND", member<&Editor::find_command>},
@@ -121,7 +121,7 @@ constexpr auto kCommands = [] {
       {"PASTE", member<&Editor::paste>, kChanges},
       {"PREVIOUS", member<&Editor::previous_file_command>},
       {"PRINT", member<&Editor::print_command>},
-      {"QUIT", give<Result::Quit>},
+      {"QUIT", return_result<Result::Quit>},
       {"RANGE", member<&Editor::range_command>},
       {"REDO", member<&Editor::redo_last>},
       {"REPLACE", member<&Editor::replace_select_with_paste>, kChanges},
@@ -144,7 +144,7 @@ constexpr auto kCommands = [] {
       {"UND-C", member<&Editor::undelete_char>, kChanges},
       {"UND-L", member<&Editor::undelete_line>, kChanges},
       {"UND-W", member<&Editor::undelete_word>, kChanges},
-      {"UNDO", member<&Editor::undo_last>}, // of the history itself: no snapshot, allowed when read-only
+      {"UNDO", member<&Editor::undo_last>}, // no kChanges: it takes no snapshot and is not refused
       {"WRITE", member<&Editor::write_command>, kChanges},
       {"XLATE", member<&Editor::xlate_command>, kChanges},
   });

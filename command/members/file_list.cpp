@@ -18,8 +18,7 @@ Editor::CommandResult Editor::previous_file_command(bool verbose) {
   return change_file(file_index - 1, verbose);
 }
 
-// Saves MAIN to its file and loads another file of the list into it. When the save fails nothing else
-// happens.
+// Saves MAIN to its file and loads another file of the list into it. If the save fails, nothing else happens.
 Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   const AbortGuard guard;
   save_current_buffer_state();

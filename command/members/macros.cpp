@@ -9,7 +9,7 @@
 
 namespace {
 
-// On the screen Ctrl/Z does as well.
+// On the screen Ctrl/Z ends it too.
 bool ends_definition(std::string_view line, bool on_screen) {
   const std::string word = zan::upper(zan::trim(line));
   return word.empty() || word == "END DEFINE" || word == "END" || (on_screen && word == "\x1a");
@@ -112,7 +112,7 @@ bool Editor::try_execute_macro(const std::string& key, bool verbose) {
     report(verbose, "?Macros nested too deep: ", name);
     return true;
   }
-  const zan::LineStore commands = buffer->lines(); // its own: the commands may change the registry
+  const zan::LineStore commands = buffer->lines(); // a copy: the commands may change the registry
   ++nesting_depth;
   macro_stack.push_back(name);
   running_macros.insert(name);
@@ -124,7 +124,7 @@ bool Editor::try_execute_macro(const std::string& key, bool verbose) {
   return true;
 }
 
-// Runs the commands up to one that asks for more than going on, whose result it returns.
+// Runs the commands up to the first whose result is neither Continue nor Error, and returns that result.
 Editor::CommandResult Editor::run_macro_lines(const std::string& name, const Text& commands, bool verbose) {
   zan::LineWalker walker(commands, 0);
   for (std::string_view line; !nest_aborted && walker.next(line);) {

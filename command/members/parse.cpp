@@ -1,4 +1,4 @@
-// The members through which the editor's operations reach the pure command language.
+// The editor's members that only call functions of this room.
 #include "app/editor.h"
 
 #include "text/bytes.h"

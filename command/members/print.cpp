@@ -32,7 +32,7 @@ class TemporaryPrintFile {
   bool exists() const { return exists_; }
   std::string path() const { return path_; }
 
-  // The lines, if any, each with a line feed, as stored. The file is closed then.
+  // Writes the lines, if any, each with a line feed, and closes the file.
   bool write(const std::optional<zan::LineStore>& lines) {
     const bool written = !lines || write_lines(*lines);
     return file_.close() && written;

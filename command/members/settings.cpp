@@ -116,7 +116,7 @@ bool set_search(Editor& editor, std::string_view word) {
   return true;
 }
 
-// One signed number at the start of `text`, which it is taken from.
+// Removes one signed number from the start of `text`.
 std::optional<int> take_int(std::string_view& text) {
   while (!text.empty() && zan::is_space(text.front())) text.remove_prefix(1);
   std::size_t length = !text.empty() && (text.front() == '+' || text.front() == '-') ? 1 : 0;
@@ -196,7 +196,7 @@ void set_help(Editor& e, const std::string& arg, bool verbose) {
 void set_command(Editor& e, const std::string& arg, bool verbose) {
   e.command_setting = Editor::strip_optional_quotes(arg);
   e.say(verbose, "Command file: ", e.command_setting, "\n");
-  // A copy: the file may hold another SET COMMAND.
+  // A copy of the path: the file may hold another SET COMMAND.
   if (const std::string path = e.command_setting; Editor::file_exists(path))
     e.run_command_file(path, verbose);
 }

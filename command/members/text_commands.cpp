@@ -10,9 +10,9 @@
 
 namespace {
 
-// Puts another line in place of each line of the range; the text around it is shared. Nothing changes, the
-// modified flag included, when no byte does. `edit` gets the line, its number in the range, from 0, and where
-// to put what is to stand there; it returns whether that is different.
+// Rewrites each line of the range; the text around it is shared. `edit` gets the line and its index in the
+// range, appends the new line to the builder, and returns whether it differs. When no line does, the buffer
+// stays as it is, the modified flag included.
 template <typename Edit> void rewrite_lines(TextBuffer& buffer, const Editor::LineRange& range, Edit edit) {
   const zan::LineStore& text = buffer.lines();
   if (range.first > range.last) return;
@@ -30,8 +30,8 @@ template <typename Edit> void rewrite_lines(TextBuffer& buffer, const Editor::Li
   buffer.replace_lines(rewritten.finish());
 }
 
-// Leading blanks and tabs become as many blanks as they fill with tab stops `width` apart, which may be more
-// than memory has room for side by side.
+// Replaces leading blanks and tabs by the blanks that they fill with tab stops `width` apart. These may
+// exceed memory: many of them are shared.
 bool put_blank_indent(std::string_view line, std::uint64_t width, zan::LineStoreBuilder& out) {
   constexpr std::uint64_t kFew = 4096;
   std::uint64_t column = 0;
@@ -48,7 +48,7 @@ bool put_blank_indent(std::string_view line, std::uint64_t width, zan::LineStore
   return changed;
 }
 
-// A sequence number in the first eight columns: put before a shorter line, over the start of a longer one.
+// Puts a sequence number over the first eight bytes of a line, or before a shorter line.
 bool put_sequence_number(std::string_view line, int number, zan::LineStoreBuilder& out) {
   constexpr std::size_t kField = 8;
   char text[24] = "";
@@ -65,7 +65,7 @@ int sequence_number(int start, int step, std::uint64_t index) {
                           static_cast<std::uint32_t>(index) * static_cast<std::uint32_t>(step));
 }
 
-// The lines of a range: the plural begins at two here.
+// In these messages 0 is "0 line".
 std::string counted_lines(std::uint64_t count) { return count == 0 ? "0 line" : zan::counted(count, "line"); }
 
 std::uint64_t fill_width(const EditorState& editor) {

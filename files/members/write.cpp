@@ -13,7 +13,7 @@ zan::RowStretch stretch_of(const Editor::LineRange& range) {
   return {range.first, range.last >= range.first ? range.last - range.first + 1 : 0};
 }
 
-// By whatever names.
+// Do both names lead to one file?
 bool is_same_file(const std::string& a, const std::string& b) {
   struct stat of_a {};
   struct stat of_b {};
@@ -89,7 +89,7 @@ bool Editor::write_lines_file(std::string& path, const Text& text, const zan::Ro
   const zan::ByteSource source =
       zan::record_source(text, rows, zan::effective_record_length(rms_fixed, rms_record_length));
   const zan::Saved saved = zan::save_output(path, source, guard_of(path, own));
-  // Also after a failure: the file may have the new text, or part of it.
+  // Also after a failure: the file may hold the new text, or part of it.
   file_history.wrote(saved.state, own != nullptr ? own : origin_of_written(saved.state));
   report_kept_text(path, saved.kept);
   unsaved_copy = saved.unsaved;
@@ -132,7 +132,7 @@ zan::Guard Editor::guard_of(const std::string& path, const zan::OriginRef& own) 
   return {may_replace, zan::rescue_name(path, ""), zan::and_spare_directories({zan::directory_of(path)})};
 }
 
-// What WRITE puts into MAIN's file, by whatever name, is no surprise to the user when MAIN is saved.
+// What WRITE puts into MAIN's file, by whatever name, belongs to MAIN: the user knows that it is there.
 zan::OriginRef Editor::origin_of_written(const zan::FileState& state) const {
   struct stat file {};
   if (zan_stat(input_file.c_str(), &file) != 0 || zan::state_of(file) != state) return nullptr;
