@@ -200,24 +200,24 @@ INTRODUCTION = """# How fast it is
 
 and `bench/keys` for the time of a key and of a paste alone.
 
-Every editor ran in the same call on the same files, without a configuration of its own (but dte may open large files),
-on a pseudo-terminal of 24 by 80, told what to do by the keys that a user would type. The text is lines as of a program,
-about 50 bytes each.
-Figures are medians: of {rounds} for the files of one size after the other; an editor that took more than 2 s for a
-thing did it once, and on files of 500 MB and more only the two ran that were the fastest in that row before. *Net* is
-the time of that one thing, in a process that has loaded the file, until the screen shows it done; otherwise a time is
-that of the whole process, start and load included. The first file that an editor saved in each row was compared, byte
-for byte, with what it must be.
+Every editor ran in the same call on the same files, without a configuration of its own (except that dte may open large
+files), on a pseudo-terminal of 24 by 80, driven by the keys that a user would type. The text looks like lines of a
+program, of about 50 bytes each.
+Figures are medians of {rounds} runs for the files of one size after the other. An editor that took more than 2 s for an
+operation did it once. On files of 500 MB and more only the two editors ran that were the fastest in that row before.
+*Net* is the time of that one operation, in a process that has loaded the file, until the screen shows the result. Any
+other time is that of the whole process, start and load included. The first file that an editor saved in each row was
+compared, byte for byte, with the right result.
 
 The *limit* is what the machine needs for the same bytes: a process that does nothing; reading the file into fresh
-memory and looking for line feeds; that and one write that waits for the disk; `grep` and `cat -n`; a program that
-only writes back what it reads from the terminal. The column *reached* says whether zan is within its target and
-faster than all others (vis, which maps the file and reads nothing, excepted in loading; dte, which takes characters
-that come together for one paste and undoes them in one step, in typing).
+memory and finding the line feeds; that and one write that waits for the disk; `grep` and `cat -n`; a program that only
+echoes what it reads from the terminal. The column *reached* says whether zan is within its target and faster than all
+others. Two are not compared: in loading vis, which maps the file and reads nothing; in typing dte, which takes
+characters that come together for one paste and undoes them in one step.
 
 ° does not wait until the file is on the disk, as zan and the limit do. — cannot do it, or does something else.
-*wrong*: what was saved is not what it must be (after one undo: it does not take back all). *> 20 s*: took longer, or
-by its time on the smaller file would have.
+*wrong*: saved a wrong result (after one undo: did not take back everything). *> 20 s*: took longer, or would have by
+its time on the smaller file.
 
 {versions}
 """
