@@ -15,7 +15,7 @@ namespace zan {
 namespace {
 
 constexpr std::array kEnding{SIGTERM, SIGHUP, SIGINT, SIGQUIT};
-constexpr unsigned kReminder = 1; // seconds
+constexpr unsigned kTick = 1; // seconds
 
 volatile std::sig_atomic_t terminal_cut_off = -1; // a duplicate of the terminal's descriptor
 
@@ -53,11 +53,11 @@ void note_ending_signal(int signal);
 // SIGALRM interrupts again, each second, a wait that began just after the flag was checked. From the first
 // tick on, a second signal kills. Before that it may belong to the first one: a terminal that is closed sends
 // one, and its shell another.
-void remind(int) {
+void interrupt_again(int) {
   const int error = errno;
   for (const int signal : kEnding)
     if (has_handler(signal, note_ending_signal)) handle(signal, SIG_DFL);
-  alarm(kReminder);
+  alarm(kTick);
   errno = error;
 }
 
@@ -67,8 +67,8 @@ void note_ending_signal(int signal) {
   g_zan_pending_signal = signal;
   g_zan_abort_requested = 1;
   cut_off_terminal();
-  handle(SIGALRM, remind);
-  alarm(kReminder);
+  handle(SIGALRM, interrupt_again);
+  alarm(kTick);
   errno = error;
 }
 
@@ -95,8 +95,8 @@ void reconnect_output() {
 }
 
 void limit_waits() {
-  handle(SIGALRM, g_zan_pending_signal != 0 ? end_now : remind);
-  alarm(kReminder);
+  handle(SIGALRM, g_zan_pending_signal != 0 ? end_now : interrupt_again);
+  alarm(kTick);
 }
 
 void end_by_pending_signal() {
