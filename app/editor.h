@@ -58,6 +58,18 @@ class Editor : public EditorState {
     std::optional<std::string> outer_;
   };
 
+  // Makes the lines of a multi-line answer known while it is typed.
+  class TypingGuard {
+   public:
+    TypingGuard(Editor& editor, Typing typing) : editor_(editor) { editor_.typing = std::move(typing); }
+    ~TypingGuard() { editor_.typing.reset(); }
+    TypingGuard(const TypingGuard&) = delete;
+    TypingGuard& operator=(const TypingGuard&) = delete;
+
+   private:
+    Editor& editor_;
+  };
+
   Editor(std::vector<std::string> files, std::optional<std::string> command_file,
          std::optional<std::string> output_file, bool read_only, bool recover,
          std::optional<std::string> journal_file);
@@ -97,6 +109,16 @@ class Editor : public EditorState {
   void sync_journal(); // when lines have been appended and the prompt waits
   void try_recover_journal();
   void delete_journal_file();
+
+  // ---- app/: the session's file, from which it is recovered
+  void begin_recovery(); // restores what other sessions on the file have left; at a terminal only
+  void restore_sessions_of(const std::string& path);
+  void note_recovery_base(const std::string& path, const zan::FileState& state, const Text& text);
+  int record_while_waiting(); // for StandardInput::set_idle
+  int record_a_step();
+  std::vector<zan::NamedText> texts_to_record() const;
+  void stop_recovery(); // for this session, with a message
+  void end_recovery();  // nothing is left to recover
 
   // ---- app/: Ctrl/C, EXIT and QUIT
   bool check_abort(bool verbose);

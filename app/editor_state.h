@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <map>
 #include <optional>
 #include <set>
@@ -11,6 +12,8 @@
 #include "command/line_range.h"
 #include "files/file_history.h"
 #include "host/console.h"
+#include "recovery/record_pace.h"
+#include "recovery/session_log.h"
 #include "text/buffer_registry.h"
 #include "text/bytes.h"
 #include "text/text_buffer.h"
@@ -49,9 +52,29 @@ struct EditorState {
     bool overstrike = false;
   };
 
+  // The lines of an INSERT or a DEFINE MACRO that has not ended.
+  struct Typing {
+    std::string macro; // that they will be; "": they go where the cursor is
+    std::function<Text()> so_far;
+    std::function<std::size_t()> count;
+  };
+
+  // What a session's file holds, or will when it is complete: enough to see that something has changed.
+  struct RecordedState {
+    Text text;
+    zan::BufferRegistry buffers;
+    std::string name;
+    std::size_t typed = 0; // lines
+    friend bool operator==(const RecordedState& a, const RecordedState& b) {
+      return a.text.tree() == b.text.tree() && a.buffers == b.buffers && a.name == b.name &&
+             a.typed == b.typed;
+    }
+  };
+
   // ---- what follows from the fields
   std::string journal_path() const;
   std::optional<SelSpan> active_select_span() const;
+  Text with_typed_lines() const; // the current text as if the lines being typed were in it
   bool select_active() const { return current.has_mark(); }
 
   // ---- fields: the command line
@@ -155,6 +178,15 @@ struct EditorState {
   // ---- fields: the file list
   std::vector<std::string> files;
   std::uint64_t file_index = 0; // of the file in MAIN
+
+  // ---- fields: what is recorded for recovery
+  bool recovery = true;
+  zan::SessionLog session_log;
+  zan::RecordPace record_pace;
+  RecordedState recorded;
+  RecordedState seen;                // when a wait last began
+  zan::BufferRegistry buffers_found; // after the startup file: what it has made need not be recovered
+  std::optional<Typing> typing;
 
   // ---- fields: nesting, the line-mode terminal
   int nesting_depth = 0;        // command files and macros now running, one inside the other

@@ -51,6 +51,8 @@ std::optional<std::string> StandardInput::read_line() {
 bool StandardInput::wait_for_line() {
   const std::size_t most = kind_ == Kind::other ? 1 : kBlock;
   while (g_zan_pending_signal == 0) {
+    if (idle_ && wait(nullptr, -1) < 0 && g_zan_abort_requested != 0) break;
+    if (g_zan_pending_signal != 0) break;
     read(most);
     if (!unread().empty()) return true;
     if (ended_ || g_zan_abort_requested != 0) break;
@@ -62,11 +64,15 @@ bool StandardInput::wait_for_line() {
 }
 
 int StandardInput::wait(const sigset_t* mask, int milliseconds) const {
-  fd_set input;
-  FD_ZERO(&input);
-  FD_SET(STDIN_FILENO, &input);
-  const timespec limit{0, milliseconds * 1'000'000L};
-  return pselect(STDIN_FILENO + 1, &input, nullptr, nullptr, milliseconds < 0 ? nullptr : &limit, mask);
+  for (;;) {
+    const int limit = milliseconds < 0 && idle_ ? idle_() : milliseconds;
+    fd_set input;
+    FD_ZERO(&input);
+    FD_SET(STDIN_FILENO, &input);
+    const timespec time{limit / 1000, limit % 1000 * 1'000'000L};
+    const int ready = pselect(STDIN_FILENO + 1, &input, nullptr, nullptr, limit < 0 ? nullptr : &time, mask);
+    if (ready != 0 || limit == milliseconds) return ready;
+  }
 }
 
 bool StandardInput::read_key_bytes() {

@@ -3,9 +3,11 @@
 #include <chrono>
 #include <csignal>
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace zan {
 
@@ -34,6 +36,9 @@ class StandardInput {
   // Positive when a read would not block, 0 after `milliseconds` (negative: no limit), negative after a
   // signal. `mask`, unless it is null, is the signal mask during the wait.
   int wait(const sigset_t* mask, int milliseconds) const;
+  // What is done while nothing can be read, a moment at a time: called when a wait without a limit begins, and
+  // again after the milliseconds that it returns; negative: not again during this wait.
+  void set_idle(std::function<int()> idle) { idle_ = std::move(idle); }
   // After a wait: reads one byte, or a block once bytes come as fast as those of a paste. False at the end.
   bool read_key_bytes();
 
@@ -51,6 +56,7 @@ class StandardInput {
   bool wait_for_line();
 
   Kind kind_;
+  std::function<int()> idle_;
   std::string bytes_;
   std::size_t used_ = 0;
   std::size_t at_once_ = 0; // bytes read for keys since moment_

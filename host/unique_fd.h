@@ -24,6 +24,7 @@ class UniqueFd {
   ~UniqueFd() { close(); }
 
   int get() const { return descriptor_; }
+  int release() { return std::exchange(descriptor_, -1); } // the caller owns it
   explicit operator bool() const { return descriptor_ >= 0; }
 
   // False when the system reports an error: some file systems report only here that a write had no room. Not

@@ -4,7 +4,7 @@ import pathlib
 import re
 
 ROOT = pathlib.Path(__file__).parent.parent
-ROOMS = ["host", "text", "search", "files", "command", "screen"]  # lower ones first
+ROOMS = ["host", "text", "search", "files", "recovery", "command", "screen"]  # lower ones first
 wrong = []
 for path in sorted(p for room in ROOMS for p in (ROOT / room).rglob("*.*")):
     room, *inner = path.relative_to(ROOT).parts

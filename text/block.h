@@ -72,6 +72,7 @@ class Block {
   void extend_index() const;
 
   std::uint64_t refs = 0;
+  mutable std::uint32_t number = 0; // whoever records texts gives it one
 
  private:
   struct Free {

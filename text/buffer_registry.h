@@ -23,6 +23,8 @@ class BufferRegistry {
     const TextBuffer& buffer;
   };
   std::vector<Entry> entries() const; // valid until the next change
+  // Copies between which nothing has been changed; others may hold the same buffers and yet differ.
+  friend bool operator==(const BufferRegistry& a, const BufferRegistry& b) { return a.table_ == b.table_; }
 
  private:
   struct NamedBuffer {

@@ -84,6 +84,10 @@ class LineStore {
 
   friend bool operator==(const LineStore& a, const LineStore& b); // same lines; linear
 
+  // The tree itself, for who records or restores texts.
+  const NodeRef& tree() const { return root_; }
+  static LineStore from_tree(NodeRef tree) { return LineStore(std::move(tree)); }
+
  private:
   friend class PieceWalker;
   friend class LineStoreBuilder;

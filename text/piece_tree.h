@@ -37,8 +37,9 @@ struct Node {
 
   NodeRef left;
   NodeRef right;
-  Piece piece;
-  std::uint64_t bytes; // this and the next four: of the whole subtree
+  [[no_unique_address]] Piece piece; // what it leaves unused of its last word the next members fill
+  mutable std::uint32_t number = 0;  // whoever records texts gives it one
+  std::uint64_t bytes;               // this and the next two: of the whole subtree
   std::uint64_t breaks;
   std::uint64_t pieces;
   mutable std::uint32_t refs = 0;

@@ -37,6 +37,7 @@ void Editor::save_and_exit_now() {
     leave(console, 2);
   }
   delete_journal_file();
+  end_recovery();
   zan::end_if_asked(*this);
   say(summary, path, " ", std::to_string(main.line_count()), " lines\n");
   leave(console, 0);
@@ -48,6 +49,7 @@ void Editor::quit_without_saving_now() {
   save_current_buffer_state();
   const bool changed =
       std::ranges::any_of(buffers.entries(), [](const auto& entry) { return entry.buffer.modified(); });
+  end_recovery();
   say(changed, "Changes discarded\n");
   leave(console, 0);
 }

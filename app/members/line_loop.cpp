@@ -17,7 +17,10 @@ int Editor::run() {
   buffers.entry("MAIN") = current;
   buffers.entry("PASTE") = TextBuffer();
   current_buffer_name = "MAIN";
+  note_recovery_base(input_file, current.origin()->state, current.lines());
+  begin_recovery();
   load_startup_file();
+  buffers_found = buffers;
   if (recover) try_recover_journal();
   if (command_file) run_command_file(*command_file, true);
   return line_mode();

@@ -19,12 +19,14 @@ bool differs(const LineStore& a, const LineStore& b) noexcept {
   }
 }
 
-bool would_be_lost(const EditorState& editor, std::string_view name, const TextBuffer& buffer) {
-  if (name == "MAIN") return !editor.main_on_disk || differs(buffer.lines(), *editor.main_on_disk);
+bool would_be_lost(const EditorState& editor, std::string_view name, const LineStore& text) {
+  if (name == "MAIN") return !editor.main_on_disk || differs(text, *editor.main_on_disk);
   const auto macro = editor.macro_texts.find(name);
-  const bool is_definition = macro != editor.macro_texts.end() && !differs(buffer.lines(), macro->second);
-  return !buffer.lines().empty() && !is_definition;
+  const bool is_definition = macro != editor.macro_texts.end() && !differs(text, macro->second);
+  return !text.empty() && !is_definition;
 }
+
+} // namespace
 
 std::optional<std::string> write_copy(const EditorState& editor, std::string_view name,
                                       const LineStore& text) {
@@ -36,19 +38,23 @@ std::optional<std::string> write_copy(const EditorState& editor, std::string_vie
   return std::nullopt;
 }
 
-} // namespace
-
-std::vector<std::string> rescue(const EditorState& editor) noexcept {
+std::vector<std::string> rescue(EditorState& editor) noexcept {
   std::vector<std::string> copies;
-  const auto rescue_buffer = [&](std::string_view name, const TextBuffer& buffer) {
-    if (!would_be_lost(editor, name, buffer)) return;
-    if (auto path = write_copy(editor, name, buffer.lines())) copies.push_back(std::move(*path));
+  bool complete = true;
+  const auto rescue_text = [&](std::string_view name, const LineStore& text) {
+    if (!would_be_lost(editor, name, text)) return;
+    auto path = write_copy(editor, name, text);
+    complete = complete && path;
+    if (path) copies.push_back(std::move(*path));
   };
   try {
     // The registry's entry of the current buffer may be stale.
-    rescue_buffer(editor.current_buffer_name, editor.current);
+    rescue_text(editor.current_buffer_name, editor.with_typed_lines());
     for (const auto& [name, buffer] : editor.buffers.entries())
-      if (name != editor.current_buffer_name) rescue_buffer(name, buffer);
+      if (name != editor.current_buffer_name) rescue_text(name, buffer.lines());
+    if (editor.typing && !editor.typing->macro.empty())
+      rescue_text(editor.typing->macro, editor.typing->so_far());
+    if (complete) editor.session_log.remove();
   } catch (...) { // no memory, not even for a name
   }
   return copies;
@@ -67,7 +73,7 @@ void say_where_rescued(const std::vector<std::string>& copies, std::string_view 
   }
 }
 
-void end_if_asked(const EditorState& editor) {
+void end_if_asked(EditorState& editor) {
   if (g_zan_pending_signal == 0) return;
   const auto copies = rescue(editor);
   const bool in_line_mode = !g_curses_active; // the cursor may stand behind a prompt

@@ -48,12 +48,14 @@ void Editor::clear_buffer_command(const std::string& arg, bool verbose) {
 void Editor::include_file_command(const std::string& arg, bool verbose) {
   const std::string path = strip_optional_quotes(zan::trim(arg));
   const AbortGuard guard;
-  const auto loaded = zan::load_file(path, nullptr, g_zan_abort_requested);
+  zan::FileState state;
+  const auto loaded = zan::load_file(path, &state, g_zan_abort_requested);
   if (check_abort(verbose)) return;
   if (!loaded) {
     report(verbose, "?Unable to open include file ", path);
     return;
   }
+  note_recovery_base(path, state, loaded->lines);
   const std::uint64_t count = loaded->line_count();
   if (count > 0) current.insert_lines(cursor_row, loaded->lines);
   say(verbose, std::to_string(count), " lines included\n");

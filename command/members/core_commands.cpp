@@ -160,15 +160,19 @@ void Editor::insert_command(const std::string& arg, bool verbose) {
 
 void Editor::insert_multiline(bool verbose) {
   zan::LineStoreBuilder collected;
-  bool first = true;
+  std::size_t count = 0;
+  const auto so_far = [&] {
+    zan::LineStoreBuilder copy = collected;
+    return copy.finish();
+  };
+  const TypingGuard guard(*this, {"", so_far, [&] { return count; }});
   auto typed = read_text_line("", verbose, "Enter text. End with Ctrl/Z.");
   for (; typed.text; typed = read_text_line("_", verbose)) {
     std::string& line = *typed.text;
     if (line.ends_with('\r')) line.pop_back();
     if (ends_insert(line)) break;
-    if (!first) collected.append_break();
+    if (count++ > 0) collected.append_break();
     collected.append_bytes(line);
-    first = false;
   }
   if (typed.cancelled) {
     status_message = "Abort";

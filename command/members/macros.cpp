@@ -66,6 +66,8 @@ std::optional<std::vector<std::string>> Editor::read_macro_lines(const std::stri
   std::vector<std::string> lines;
   const std::string how_to_end =
       "Enter macro commands for " + name + ". End with END DEFINE or a blank line.";
+  const auto so_far = [&] { return Text::from_text(join_lines_as_text(lines)); };
+  const TypingGuard guard(*this, {name, so_far, [&] { return lines.size(); }});
   auto typed = read_text_line(how_to_end + "\n_", verbose, how_to_end);
   for (; typed.text && !ends_definition(*typed.text, g_curses_active); typed = read_text_line("_", verbose))
     lines.push_back(std::move(*typed.text));

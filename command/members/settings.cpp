@@ -30,6 +30,7 @@ constexpr auto kOnOffSettings = std::to_array<OnOffSetting>({
     {"AUTOREPEAT", &Editor::autorepeat, "Autorepeat"},
     {"FNF", &Editor::fnf, "FNF"},
     {"QUIET", &Editor::quiet, "Quiet"},
+    {"RECOVERY", &Editor::recovery, "Recovery"},
     {"REPEAT", &Editor::repeat, "Repeat"},
     {"SUMMARY", &Editor::summary, "Summary"},
     {"TRUNCATE", &Editor::truncate, "Truncate"},

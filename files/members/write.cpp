@@ -1,5 +1,7 @@
 #include "app/editor.h"
 
+#include <cerrno>
+
 #include "command/write_arguments.h"
 #include "files/output_file.h"
 #include "files/records.h"
@@ -25,6 +27,11 @@ zan::LineStore rows_of(const zan::LineStore& text, const zan::RowStretch& rows) 
   if (rows.count == 0) return {};
   if (rows.first == 0 && rows.count >= text.line_count()) return text;
   return text.substore(text.line_start(rows.first), text.line_end(rows.first + rows.count - 1));
+}
+
+// Loading takes the carriage returns at the ends of lines away, and line feeds for ends of lines.
+bool loads_as_it_is(const zan::LineStore& text) {
+  return !text.holds_literal_breaks() && !text.may_hold_returns();
 }
 
 } // namespace
@@ -88,14 +95,23 @@ bool Editor::write_lines_file(std::string& path, const Text& text, const zan::Ro
                               const zan::OriginRef& own) {
   const zan::ByteSource source =
       zan::record_source(text, rows, zan::effective_record_length(rms_fixed, rms_record_length));
-  const zan::Saved saved = zan::save_output(path, source, guard_of(path, own));
+  errno = 0;
+  zan::Saved saved = zan::save_output(path, source, guard_of(path, own));
+  if (!saved && errno == ENOSPC && session_log.has_file()) { // which takes room
+    end_recovery();
+    saved = zan::save_output(path, source, guard_of(path, own));
+  }
   // Also after a failure: the file may hold the new text, or part of it.
   file_history.wrote(saved.state, own != nullptr ? own : origin_of_written(saved.state));
   report_kept_text(path, saved.kept);
   unsaved_copy = saved.unsaved;
   kept_copy = saved ? "" : saved.kept;
   const bool is_mains = own != nullptr || (zan::file_exists(path) && is_same_file(path, input_file));
-  if (saved && is_mains) main_on_disk = rows_of(text, rows);
+  if (saved && is_mains) {
+    main_on_disk = rows_of(text, rows);
+    session_log.begin_anew();
+    if (loads_as_it_is(*main_on_disk) && !rms_fixed) note_recovery_base(path, saved.state, *main_on_disk);
+  }
   if (!saved && is_mains && saved.state.kind != zan::FileState::Kind::missing) main_on_disk.reset();
   if (saved) last_written_path = path;
   return static_cast<bool>(saved);

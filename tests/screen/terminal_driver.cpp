@@ -121,16 +121,19 @@ std::string Shown::to_string() const {
 }
 
 TerminalDriver::TerminalDriver(const TerminalOptions& options)
-    : terminal_(vterm_new(options.rows, options.columns)) {
+    : home_(options.home), terminal_(vterm_new(options.rows, options.columns)) {
   vterm_set_utf8(terminal_, 1);
   VTermScreen* screen = vterm_obtain_screen(terminal_);
   vterm_screen_enable_altscreen(screen, 1);
   vterm_screen_reset(screen, 1);
-  zan::test::write_file(home_ / "notes.txt", options.text);
-  zan::test::write_file(home_ / "zan.ini", options.startup);
-  if (!options.spooler.empty()) {
-    zan::test::write_file(home_ / "lpr", "#!/bin/sh\n" + options.spooler);
-    chmod((home_ / "lpr").c_str(), 0700);
+  if (!home_) {
+    home_ = std::make_shared<zan::test::ScratchDirectory>();
+    zan::test::write_file(home() / "notes.txt", options.text);
+    zan::test::write_file(home() / "zan.ini", options.startup);
+    if (!options.spooler.empty()) {
+      zan::test::write_file(home() / "lpr", "#!/bin/sh\n" + options.spooler);
+      chmod((home() / "lpr").c_str(), 0700);
+    }
   }
   winsize size = size_of(options.rows, options.columns);
   child_ = forkpty(&master_, nullptr, nullptr, &size);
@@ -144,7 +147,7 @@ TerminalDriver::TerminalDriver(const TerminalOptions& options)
   if (options.nonblocking) fcntl(STDIN_FILENO, F_SETFL, O_RDWR | O_NONBLOCK);
   for (const int signal : {SIGHUP, SIGINT, SIGQUIT}) std::signal(signal, SIG_DFL); // a shell may ignore them
   if (options.ignores != 0) std::signal(options.ignores, SIG_IGN);
-  execute(home_.path(), options);
+  execute(home().path(), options);
 }
 
 TerminalDriver::~TerminalDriver() {

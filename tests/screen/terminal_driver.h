@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -32,6 +33,7 @@ struct TerminalOptions {
   int ignores = 0;                    // a signal that is ignored, as SIGHUP is under nohup
   bool job = false;                   // under a shell, which it can be stopped for
   bool nonblocking = false;           // somebody has set the terminal not to wait
+  std::shared_ptr<zan::test::ScratchDirectory> home = nullptr; // with its files; none: a new one
 };
 
 // The program on a pseudo-terminal, whose other end is a terminal emulator. All waits end at a deadline,
@@ -52,8 +54,9 @@ class TerminalDriver {
   pid_t program() const;
   bool stops(); // a job does, soon
   void go_on(); // after a stop
-  std::string file() const { return zan::test::read_file(home_ / "notes.txt"); }
-  const zan::test::ScratchDirectory& home() const { return home_; }
+  std::string file() const { return zan::test::read_file(home() / "notes.txt"); }
+  const zan::test::ScratchDirectory& home() const { return *home_; }
+  std::shared_ptr<zan::test::ScratchDirectory> shared_home() const { return home_; }
   const std::string& output() const { return output_; } // all bytes that have reached the terminal
   std::size_t times_sent(std::string_view bytes) const; // to the terminal
   bool has_its_modes() const;                           // those that the terminal had before the start
@@ -71,7 +74,7 @@ class TerminalDriver {
   bool read_output(int milliseconds); // false at the end of the output
   Shown shown() const;
 
-  zan::test::ScratchDirectory home_;
+  std::shared_ptr<zan::test::ScratchDirectory> home_;
   pid_t child_ = -1;
   int master_ = -1;
   termios modes_{};

@@ -87,6 +87,8 @@ class Play {
     if (below(200) == 0) make_plain(text);
   }
 
+  const LineStore& store(std::size_t number) const { return texts_[number].store; } // 0 to 3
+
   void check_all() const {
     for (const Text& text : texts_) check(text);
   }

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "text/line_store.h"
+
+namespace zan {
+
+// What the file of a session says.
+struct RecordedSession {
+  std::uint64_t started = 0; // seconds since 1970
+  struct Text {
+    std::string buffer;
+    LineStore lines;
+    bool whole = true; // false: some of it stood in a file that has changed or gone
+  };
+  std::vector<Text> texts;
+  std::vector<std::string> lost_files; // that are not as they were, and were needed
+};
+
+// The texts as they were recorded last in a file that holds `bytes`. Nothing where no state is whole: the
+// file is torn, damaged, or something else.
+std::optional<RecordedSession> read_session(std::string_view bytes);
+
+struct SessionReport {
+  std::string process;             // in digits, as the file's name tells it
+  bool lives = false;              // the session edits the file now; nothing else is known of it
+  std::uint64_t started = 0;       // seconds since 1970
+  std::vector<std::string> copies; // paths, of what was restored
+  std::vector<std::string> lost_files;
+  bool failed = false; // some copy could not be written: the session's file stays
+};
+
+// Restores the sessions on the file `path` that have ended early, and removes their files. `write_copy`
+// writes a text and returns its path; nothing when it cannot. A buffer MAIN that is `on_disk` needs none.
+// Sessions of which nothing is restored are not reported.
+using CopyText = std::function<std::optional<std::string>(std::string_view buffer, const LineStore& text)>;
+std::vector<SessionReport> restore_sessions(const std::string& path, const LineStore& on_disk,
+                                            const CopyText& write_copy);
+
+} // namespace zan

@@ -1,0 +1,146 @@
+#include "recovery/session_file.h"
+
+#include <cstdlib>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include "files/block_writer.h"
+#include "files/private_copy.h"
+#include "files/stat.h"
+#include "recovery/entries.h"
+
+namespace zan {
+
+namespace {
+
+constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
+constexpr std::string_view kMark = ".zan-recovery-";
+constexpr std::size_t kLongestLeaf = 200; // bytes; leaves room for the rest of a name
+
+std::string stem_beside(const std::string& path) {
+  const std::string leaf = path.substr(path.rfind('/') + 1);
+  return "." + leaf.substr(0, kLongestLeaf) + std::string(kMark);
+}
+
+std::string stem_at_home(const std::string& path) {
+  constexpr std::string_view kDigits = "0123456789abcdef";
+  std::string stem(kMark);
+  for (std::uint64_t digest = checksum(absolute_path(path)), i = 0; i < 16; ++i, digest >>= 4)
+    stem += kDigits[digest & 15];
+  return stem + "-";
+}
+
+bool is_own_file(int descriptor) {
+  struct stat file {};
+  return ::fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode) && file.st_nlink == 1 &&
+         file.st_uid == ::geteuid();
+}
+
+// What follows `stem` in a name, but for what makes it unique; "" for other names, temporary ones too.
+std::string process_in(std::string_view name, std::string_view stem) {
+  if (!name.starts_with(stem)) return "";
+  name.remove_prefix(stem.size());
+  const std::string_view digits = name.substr(0, name.find_first_not_of("0123456789"));
+  const std::string_view rest = name.substr(digits.size());
+  const bool numbered = rest.size() > 1 && rest.find_first_not_of("0123456789", 1) == std::string_view::npos;
+  return rest.empty() || (rest.front() == '.' && numbered) ? std::string(digits) : "";
+}
+
+std::vector<std::string> names_in(int directory) {
+  std::vector<std::string> names;
+  UniqueFd readable(::openat(directory, ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  DIR* const listing = readable ? ::fdopendir(readable.get()) : nullptr;
+  if (listing == nullptr) return names;
+  static_cast<void>(readable.release());
+  while (const dirent* const entry = ::readdir(listing)) names.emplace_back(entry->d_name);
+  ::closedir(listing);
+  return names;
+}
+
+void find_in(const std::string& path, const std::string& stem, std::vector<FoundSession>& found) {
+  const UniqueFd directory = open_directory(path);
+  if (!directory) return;
+  for (const std::string& name : names_in(directory.get())) {
+    std::string process = process_in(name, stem);
+    if (process.empty()) continue;
+    UniqueFd file(
+        ::openat(directory.get(), name.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    if (!file || !is_own_file(file.get())) continue;
+    const bool locked = ::flock(file.get(), LOCK_EX | LOCK_NB) == 0;
+    if (!locked && errno != EWOULDBLOCK) continue;
+    if (locked && !is_own_file(file.get())) continue; // somebody has just restored and removed it
+    found.push_back({open_directory(path), name, locked ? std::move(file) : UniqueFd(), std::move(process)});
+  }
+}
+
+} // namespace
+
+std::string absolute_path(const std::string& path) {
+  if (path.starts_with('/')) return path;
+  const std::unique_ptr<char, decltype(&std::free)> here(::realpath(".", nullptr), &std::free);
+  return (here != nullptr ? std::string(here.get()) + "/" : "") + path;
+}
+
+std::string session_name_beside(const std::string& path, long process) {
+  return stem_beside(path) + std::to_string(process);
+}
+
+std::string session_name_at_home(const std::string& path, long process) {
+  return stem_at_home(path) + std::to_string(process);
+}
+
+std::optional<SessionFile> SessionFile::create(const std::string& directory, const std::string& name) {
+  UniqueFd place = open_directory(directory);
+  if (!place) return std::nullopt;
+  TemporaryFile file(place.get(), name, kOwnerOnly);
+  if (!file || ::flock(file.descriptor(), LOCK_EX | LOCK_NB) != 0) return std::nullopt;
+  ::fchmod(file.descriptor(), kOwnerOnly); // what the umask took from the owner
+  return SessionFile(std::move(place), std::move(file), name);
+}
+
+bool SessionFile::append(std::string_view bytes) {
+  const std::size_t written = write_bytes(file_.descriptor(), bytes);
+  size_ += written;
+  return written == bytes.size();
+}
+
+bool SessionFile::take_name() {
+  const auto taken =
+      take_free_name(name_, [&](const std::string& free) { return file_.rename_to_new(free); });
+  if (taken) name_ = *taken;
+  return named_ = taken.has_value();
+}
+
+bool SessionFile::take_place_of(SessionFile& older) {
+  struct stat here {};
+  struct stat there {};
+  const bool together = ::fstat(directory_.get(), &here) == 0 &&
+                        ::fstat(older.directory_.get(), &there) == 0 && same_file(here, there) &&
+                        older.name_.starts_with(name_);
+  if (!together) {
+    if (!take_name()) return false;
+    older.remove();
+    return true;
+  }
+  name_ = older.name_;
+  older.named_ = false;
+  return named_ = file_.rename_over(name_);
+}
+
+bool SessionFile::sync() const { return sync_fully(file_.descriptor()) && sync_directory(directory_.get()); }
+
+void SessionFile::remove() {
+  if (std::exchange(named_, false)) ::unlinkat(directory_.get(), name_.c_str(), 0);
+}
+
+std::vector<FoundSession> find_sessions(const std::string& path) {
+  std::vector<FoundSession> found;
+  find_in(directory_of(path), stem_beside(path), found);
+  if (const char* home = std::getenv("HOME")) find_in(home, stem_at_home(path), found);
+  return found;
+}
+
+} // namespace zan

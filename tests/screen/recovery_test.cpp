@@ -1,0 +1,98 @@
+#include <csignal>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+#include "tests/screen/terminal_driver.h"
+
+// What was typed at a terminal outlives kill -9.
+namespace {
+
+std::string session_file(const TerminalDriver& terminal) {
+  for (const std::string& name : terminal.home().names())
+    if (name.starts_with(".notes.txt.zan-recovery-")) return terminal.home() / name;
+  return "";
+}
+
+bool is_recorded(TerminalDriver& terminal, std::string_view text) {
+  const auto recorded = [&](const Shown&) {
+    return zan::test::read_file(session_file(terminal)).find(text) != std::string::npos;
+  };
+  return terminal.wait_until(recorded, "  recorded: " + std::string(text) + "\n");
+}
+
+struct Way {
+  const char* keys; // line by line at the prompt, or on the screen
+  const char* recorded;
+  const char* file; // that the text is restored to
+  const char* text;
+};
+
+// The keypad's keys: GOLD is PF1.
+constexpr Way kWays[] = {
+    {"CHANGE\nhello ", "hello ", "notes.txt.save", "hello one\ntwo\nthree\n"},
+    {"INSERT hello\n", "hello", "notes.txt.save", "helloone\ntwo\nthree\n"},
+    {"INSERT\nfirst\nsecond\n", "first\nsecond", "notes.txt.save", "first\nsecondone\ntwo\nthree\n"},
+    {"SET KEYPAD NOKEYPAD\nCHANGE\nIhello\r", "hello", "notes.txt.save", "helloone\ntwo\nthree\n"},
+    {"FIND =OTHER\nINSERT elsewhere\n", "elsewhere", "notes.txt.OTHER.save", "elsewhere\n"},
+    {"COPY 2 TO =PASTE\n", "two", "notes.txt.PASTE.save", "two\n"},
+    {"DEFINE MACRO M\nTOP\nBOTTOM\n", "TOP\nBOTTOM", "notes.txt.M.save", "TOP\nBOTTOM\n"},
+};
+
+TEST(Recovery, WhatWasTypedIsFoundByTheNextSession) {
+  for (const Way& way : kWays) {
+    SCOPED_TRACE(way.keys);
+    TerminalDriver terminal({});
+    terminal.shows_text("1 one");
+    terminal.type(way.keys);
+    ASSERT_TRUE(is_recorded(terminal, way.recorded));
+    kill(terminal.program(), SIGKILL);
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGKILL);
+    TerminalOptions again;
+    again.home = terminal.shared_home();
+    TerminalDriver next(again);
+    next.shows_text("1 one");
+    EXPECT_EQ(next.times_sent(" on notes.txt ended early; its text is in notes.txt."), 1U);
+    EXPECT_EQ(zan::test::read_file(terminal.home() / way.file), way.text);
+    EXPECT_EQ(session_file(terminal), "");
+  }
+}
+
+struct End {
+  const char* keys; // nothing: the terminal goes
+  bool rescued;
+};
+
+TEST(Recovery, NothingComesBackAfterAnOrdinaryEnd) {
+  for (const End& end : {End{"EXIT\n", false}, End{"QUIT\n", false}, End{"\004", true}, End{nullptr, true}}) {
+    SCOPED_TRACE(end.keys == nullptr ? "hang-up" : end.keys);
+    TerminalDriver terminal({});
+    terminal.shows_text("1 one");
+    terminal.type("INSERT hello\n");
+    ASSERT_TRUE(is_recorded(terminal, "hello"));
+    if (end.keys != nullptr) terminal.type(end.keys);
+    else terminal.hang_up();
+    terminal.exit_status();
+    EXPECT_EQ(session_file(terminal), "");
+    EXPECT_EQ(std::filesystem::exists(terminal.home() / "notes.txt.save"), end.rescued);
+  }
+}
+
+TEST(Recovery, TellsOfASessionThatLivesAndOfNoneWhereItIsOff) {
+  TerminalDriver terminal({});
+  terminal.shows_text("1 one");
+  terminal.type("SHOW RECOVERY\nINSERT hello\n");
+  terminal.shows_text("Recovery: ON");
+  ASSERT_TRUE(is_recorded(terminal, "hello"));
+  TerminalOptions options;
+  options.home = terminal.shared_home();
+  TerminalDriver other(options);
+  other.shows_text("?notes.txt is being edited by process " + std::to_string(terminal.program()));
+  terminal.type("SET NORECOVERY\n");
+  terminal.wait_until([&](const Shown&) { return session_file(terminal).empty(); }, "  no file\n");
+  options.arguments = {"-recover"};
+  TerminalDriver silent(options);
+  silent.shows_text("1 helloone");
+  EXPECT_EQ(silent.times_sent("process"), 0U);
+}
+
+} // namespace
