@@ -1,6 +1,8 @@
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <memory>
+#include <vector>
 
 #include "tests/screen/terminal_driver.h"
 
@@ -38,12 +40,18 @@ constexpr Way kWays[] = {
     {"DEFINE MACRO M\nTOP\nBOTTOM\n", "TOP\nBOTTOM", "notes.txt.M.save", "TOP\nBOTTOM\n"},
 };
 
+// All at once: each waits for a second.
 TEST(Recovery, WhatWasTypedIsFoundByTheNextSession) {
+  std::vector<std::unique_ptr<TerminalDriver>> terminals;
   for (const Way& way : kWays) {
+    terminals.push_back(std::make_unique<TerminalDriver>(TerminalOptions{}));
+    terminals.back()->shows_text("1 one");
+    terminals.back()->type(way.keys);
+  }
+  for (std::size_t i = 0; i < terminals.size(); ++i) {
+    const Way& way = kWays[i];
+    TerminalDriver& terminal = *terminals[i];
     SCOPED_TRACE(way.keys);
-    TerminalDriver terminal({});
-    terminal.shows_text("1 one");
-    terminal.type(way.keys);
     ASSERT_TRUE(is_recorded(terminal, way.recorded));
     kill(terminal.program(), SIGKILL);
     EXPECT_EQ(terminal.exit_status(), 128 + SIGKILL);
