@@ -1,6 +1,7 @@
 #include "recovery/session_file.h"
 
 #include <cstdlib>
+#include <ctime>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -39,6 +40,10 @@ bool is_own_file(int descriptor) {
          file.st_uid == ::geteuid();
 }
 
+UniqueFd open_found(int directory, const std::string& name) {
+  return UniqueFd(::openat(directory, name.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+}
+
 // What follows `stem` in a name, but for what makes it unique; "" for other names, temporary ones too.
 std::string process_in(std::string_view name, std::string_view stem) {
   if (!name.starts_with(stem)) return "";
@@ -60,14 +65,24 @@ std::vector<std::string> names_in(int directory) {
   return names;
 }
 
+// A session may have been killed before its file got its name. A file that is still to be locked is younger.
+void remove_if_abandoned(int directory, const std::string& name) {
+  constexpr std::time_t kLongAgo = 60; // seconds
+  const UniqueFd file = open_found(directory, name);
+  struct stat status {};
+  if (!file || !is_own_file(file.get()) || ::flock(file.get(), LOCK_EX | LOCK_NB) != 0) return;
+  if (::fstat(file.get(), &status) == 0 && status.st_mtime + kLongAgo < std::time(nullptr))
+    ::unlinkat(directory, name.c_str(), 0);
+}
+
 void find_in(const std::string& path, const std::string& stem, std::vector<FoundSession>& found) {
   const UniqueFd directory = open_directory(path);
   if (!directory) return;
   for (const std::string& name : names_in(directory.get())) {
+    if (name.starts_with("." + stem)) remove_if_abandoned(directory.get(), name);
     std::string process = process_in(name, stem);
     if (process.empty()) continue;
-    UniqueFd file(
-        ::openat(directory.get(), name.c_str(), O_RDWR | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC | O_NOCTTY));
+    UniqueFd file = open_found(directory.get(), name);
     if (!file || !is_own_file(file.get())) continue;
     const bool locked = ::flock(file.get(), LOCK_EX | LOCK_NB) == 0;
     if (!locked && errno != EWOULDBLOCK) continue;

@@ -83,26 +83,20 @@ int Editor::record_while_waiting() {
 
 // Milliseconds after which there is more to do.
 int Editor::record_a_step() {
+  if (!session_log.is_complete() && !session_log.go_on()) stop_recovery();
   if (session_log.is_complete()) {
     const RecordedState now{current.lines(), buffers, current_buffer_name, typing ? typing->count() : 0};
     const auto due = record_pace.due_in(!(now == recorded), !(now == seen), zan::RecordPace::Clock::now());
     seen = now;
-    if (!due) return kNothingToDo;
+    if (!due || !recovery) return kNothingToDo;
     if (due->count() > 0) return static_cast<int>(due->count());
     recorded = now;
     record_pace = {};
     auto texts = texts_to_record();
-    if (texts.empty()) {
-      session_log.remove();
-      return kNothingToDo;
-    }
-    session_log.record(std::move(texts));
+    if (texts.empty()) session_log.remove();
+    else session_log.record(std::move(texts));
+    if (session_log.is_complete()) return kNothingToDo;
   }
-  if (!session_log.go_on()) {
-    stop_recovery();
-    return kNothingToDo;
-  }
-  if (session_log.is_complete()) return kNothingToDo;
   return session_log.waits_for_disk() ? kLookAgain : 0;
 }
 
