@@ -5,7 +5,6 @@
 #include <map>
 #include <unistd.h>
 
-#include "files/block_writer.h"
 #include "files/stat.h"
 #include "recovery/entries.h"
 #include "recovery/session_file.h"

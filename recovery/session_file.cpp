@@ -11,13 +11,13 @@
 #include "files/block_writer.h"
 #include "files/private_copy.h"
 #include "files/stat.h"
+#include "host/write_bytes.h"
 #include "recovery/entries.h"
 
 namespace zan {
 
 namespace {
 
-constexpr mode_t kOwnerOnly = S_IRUSR | S_IWUSR;
 constexpr std::string_view kMark = ".zan-recovery-";
 constexpr std::size_t kLongestLeaf = 200; // bytes; leaves room for the rest of a name
 
