@@ -60,9 +60,11 @@ CharacterWidth character_width() {
   };
 }
 
-void show_picture(const Picture& picture) {
+void show_view(const ScreenView& view) {
+  static Picture picture;
+  update_picture(picture, view);
   const ScopedLocale locale(users_locale());
-  for (std::size_t i = 0; i < picture.rows.size(); ++i) put_row(static_cast<int>(i), picture.rows[i]);
+  for (std::size_t i = 0; i < picture.rows.size(); ++i) put_row(static_cast<int>(i), picture.rows[i].runs);
   wmove(stdscr, picture.cursor.row, picture.cursor.column);
   wrefresh(stdscr);
 }

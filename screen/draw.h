@@ -11,7 +11,7 @@ namespace zan {
 void blank_window();              // what is drawn next is drawn on a blank screen
 void screen_repaint();            // the next drawing sends every row anew
 CharacterWidth character_width(); // null: the terminal does not show UTF-8
-void show_picture(const Picture& picture);
+void show_view(const ScreenView& view);
 // On the lowest row, with the cursor at `column`.
 void show_bottom_row(const std::vector<Run>& runs, int column);
 // Each text from column 0 of its own row on, unbounded; those below the last row are left out.

@@ -9,6 +9,7 @@ namespace zan {
 namespace {
 
 constexpr int kTabStop = 8;
+constexpr int kBottomRows = 3; // a line of dashes, the status, the message
 
 // One row while it is written, a glyph for every column.
 class RowCells {
@@ -109,24 +110,48 @@ std::pair<std::uint64_t, std::uint64_t> selected_bytes(const ScreenView& view, s
   return {std::min(begin, length), std::min(end, length)};
 }
 
-// The line that begins at offset `start`.
-std::vector<Run> line_runs(const ScreenView& view, std::uint64_t row, std::uint64_t start,
-                           std::uint64_t length) {
-  std::string shown = line_number(view, row);
-  const std::uint64_t prefix = shown.size();
+struct Line {
+  std::uint64_t start = 0; // offsets in the text
+  std::uint64_t end = 0;
+  TextView bytes; // empty when the line is too long to be looked at as a whole
+};
+
+// Most lines are short: to look for the line feed costs less than to ask the store for the line's end.
+Line line_at(const LineStore& text, std::uint64_t row, std::uint64_t start) {
+  constexpr std::uint64_t kShort = 256;
+  TextView bytes = text.slice(start, start + kShort);
+  const std::size_t length = bytes.get().find('\n');
+  if (length == std::string_view::npos || text.holds_literal_breaks()) return {start, text.line_end(row), {}};
+  return {start, start + length, std::move(bytes)};
+}
+
+// Makes the runs of a row, unless they have been made of the same bytes before.
+template <typename MakeRuns>
+void update_row(PictureRow& row, std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
+                MakeRuns make_runs) {
+  if (row.bytes == bytes && row.reverse_begin == reverse_begin && row.reverse_end == reverse_end) return;
+  row = {make_runs(), std::string(bytes), reverse_begin, reverse_end};
+}
+
+void update_line(PictureRow& shown, const ScreenView& view, std::uint64_t row, const Line& line) {
+  const std::uint64_t length = line.end - line.start;
+  const std::string number = line_number(view, row);
+  const std::uint64_t prefix = number.size();
   const std::uint64_t width = static_cast<std::uint64_t>(std::max(view.columns, 0));
   const std::uint64_t skipped = view.truncate ? 0 : std::min(view.corner.left_col, length);
+  const std::uint64_t last = std::min(length, skipped + width - std::min(width, prefix));
+  const TextView visible = line.bytes.size() != 0 ? TextView(line.bytes.get().substr(skipped, last - skipped))
+                                                  : view.text.slice(line.start + skipped, line.start + last);
+  const std::string numbered = prefix != 0 ? number + std::string(visible.get()) : "";
+  const std::string_view bytes = prefix != 0 ? numbered : visible.get();
   const auto [begin, end] = selected_bytes(view, row, length);
   const auto column = [&, from = skipped](std::uint64_t byte) {
     return static_cast<std::size_t>(prefix + (byte > from ? byte - from : 0));
   };
-  if (width > prefix) {
-    const std::uint64_t last = std::min(length, skipped + width - prefix);
-    const TextView visible = view.text.slice(start + skipped, start + last);
-    shown += visible.get();
-  }
-  return display_runs(shown, column(begin), end > begin ? column(end) : column(begin), view.columns,
-                      view.width);
+  const std::size_t reverse_begin = column(begin);
+  const std::size_t reverse_end = end > begin ? column(end) : reverse_begin;
+  update_row(shown, bytes, reverse_begin, reverse_end,
+             [&] { return display_runs(bytes, reverse_begin, reverse_end, view.columns, view.width); });
 }
 
 // A text of the program's own, in which characters stand side by side.
@@ -170,6 +195,18 @@ std::vector<Run> overwrite(const ScreenView& view, const std::vector<Run>& below
   return cells.runs();
 }
 
+void update_plain_row(PictureRow& shown, const ScreenView& view, std::string_view text) {
+  update_row(shown, text, 0, 0, [&] { return plain_text(view, text).runs; });
+}
+
+// One of the rows below the text. On a very low terminal it lies over a row of the text.
+void update_bottom_row(Picture& picture, const ScreenView& view, int row, std::string_view text) {
+  if (row < 0 || row >= view.rows) return;
+  PictureRow& shown = picture.rows[static_cast<std::size_t>(row)];
+  if (view.rows <= kBottomRows) shown.runs = overwrite(view, shown.runs, plain_text(view, text).runs);
+  else update_plain_row(shown, view, text);
+}
+
 // The rows, counted from 0, between which the cursor stays.
 std::pair<int, int> cursor_band(const ScreenView& view) {
   const int rows = text_rows(view);
@@ -202,10 +239,15 @@ std::optional<ScreenCell> cursor_cell(const ScreenView& view) {
   return ScreenCell{static_cast<int>(row), static_cast<int>(column)};
 }
 
+ScreenCell behind_message(const ScreenView& view) {
+  const int end = static_cast<int>(plain_text(view, view.message).end);
+  return {view.rows - 1, std::min(end, view.columns - 1)};
+}
+
 } // namespace
 
 int text_rows(const ScreenView& view) {
-  const int rows = std::max(1, view.rows - 3);
+  const int rows = std::max(1, view.rows - kBottomRows);
   return view.screen_lines > 0 ? std::max(1, std::min(view.screen_lines, rows)) : rows;
 }
 
@@ -221,35 +263,33 @@ Corner corner_for_cursor(const ScreenView& view) {
   return corner;
 }
 
-Picture make_picture(const ScreenView& view) {
-  Picture picture;
-  picture.rows.resize(static_cast<std::size_t>(std::max(view.rows, 0)));
-  const auto put = [&](int row, std::vector<Run> runs) {
-    if (row < 0 || row >= view.rows) return;
-    std::vector<Run>& shown = picture.rows[static_cast<std::size_t>(row)];
-    // Of a very low terminal some rows are drawn twice.
-    shown = shown.empty() ? std::move(runs) : overwrite(view, shown, runs);
-  };
+void update_picture(Picture& picture, const ScreenView& view) {
+  const int above_bottom = std::max(1, view.rows - kBottomRows);
+  const auto rows = static_cast<std::size_t>(std::max(view.rows, 0));
+  if (picture.rows.size() != rows || picture.columns != view.columns || view.rows <= kBottomRows) {
+    picture.rows.assign(rows, {});
+    picture.columns = view.columns;
+  }
   const std::uint64_t lines = view.text.line_count();
   std::uint64_t row = view.corner.top_row;
   std::uint64_t start = view.text.line_start(row);
-  for (int i = 0; i < text_rows(view); ++i, ++row) {
-    if (row < lines) {
-      const std::uint64_t end = view.text.line_end(row);
-      put(i, line_runs(view, row, start, end - start));
-      start = end + 1;
+  for (int i = 0; i < std::min(above_bottom, view.rows); ++i, ++row) {
+    PictureRow& shown = picture.rows[static_cast<std::size_t>(i)];
+    if (i >= text_rows(view) || row > lines) {
+      shown = {};
     } else if (row == lines) {
-      put(i, plain_text(view, "[EOB]").runs);
+      update_plain_row(shown, view, "[EOB]");
+    } else {
+      const Line line = line_at(view.text, row, start);
+      update_line(shown, view, row, line);
+      start = line.end + 1;
     }
   }
-  const std::string separator(static_cast<std::size_t>(std::max(view.columns, 1)), '-');
-  put(view.rows - 3, plain_text(view, separator).runs);
-  put(view.rows - 2, plain_text(view, view.status).runs);
-  PlainText message = plain_text(view, view.message);
-  put(view.rows - 1, std::move(message.runs));
-  const ScreenCell behind_message{view.rows - 1, std::min(static_cast<int>(message.end), view.columns - 1)};
-  picture.cursor = cursor_cell(view).value_or(behind_message);
-  return picture;
+  update_bottom_row(picture, view, view.rows - 3,
+                    std::string(static_cast<std::size_t>(std::max(view.columns, 1)), '-'));
+  update_bottom_row(picture, view, view.rows - 2, view.status);
+  update_bottom_row(picture, view, view.rows - 1, view.message);
+  picture.cursor = cursor_cell(view).value_or(behind_message(view));
 }
 
 std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,

@@ -27,10 +27,17 @@ struct ScreenCell {
   bool operator==(const ScreenCell&) const = default;
 };
 
+struct PictureRow {
+  std::vector<Run> runs;
+  std::string bytes; // of the text or the message, which the runs were made from
+  std::size_t reverse_begin = 0;
+  std::size_t reverse_end = 0;
+};
+
 struct Picture {
-  std::vector<std::vector<Run>> rows;
+  std::vector<PictureRow> rows;
+  int columns = 0;
   ScreenCell cursor; // behind the message when its own place is not on the screen
-  bool operator==(const Picture&) const = default;
 };
 
 // The first line and the first column that are shown.
@@ -68,8 +75,9 @@ int text_rows(const ScreenView& view);
 // The corner that brings the cursor into the visible part, moved no further than that takes.
 Corner corner_for_cursor(const ScreenView& view);
 
-// Looks at no more of a line than fits on its row.
-Picture make_picture(const ScreenView& view);
+// Makes a picture of `view` out of the one before, or out of an empty one. What a row costs depends on the
+// terminal's width, not on the line's length; a row of the same bytes as before is left alone.
+void update_picture(Picture& picture, const ScreenView& view);
 
 // `bytes` as they appear from column 0 of a row of `columns`, with bytes reverse_begin to reverse_end in
 // reverse video: a tab moves to the next multiple of eight, a carriage return to the start of the row and a

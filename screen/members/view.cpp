@@ -47,5 +47,5 @@ void Editor::draw_screen() {
     view.selection = {{span->start_row, span->start_col}, {span->end_row, span->end_col}};
   view.status = status_line(*this);
   view.message = status_message;
-  zan::show_picture(zan::make_picture(view));
+  zan::show_view(view);
 }
