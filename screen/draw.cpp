@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cwchar>
 #include <langinfo.h>
+#include <utility>
 
 #include "screen/curses.h"
 #include "screen/output_locale.h"
@@ -14,10 +15,20 @@ namespace {
 
 using Row = std::vector<Run>;
 
-// What the library's window holds, so that a row that stays the same costs nothing. Rows beyond are blank.
-std::vector<Row>& window_rows() {
-  static std::vector<Row> rows;
-  return rows;
+// What the library's window holds, so that what stays the same is not written again.
+struct Window {
+  Picture picture;       // its rows that are not marked as changed stand in the window
+  std::vector<Row> rows; // missing ones are blank
+
+  Row& row(std::size_t index) {
+    if (index >= rows.size()) rows.resize(index + 1);
+    return rows[index];
+  }
+};
+
+Window& window() {
+  static Window the_window;
+  return the_window;
 }
 
 // The bytes of ASCII, and so the columns, with which both rows begin.
@@ -32,13 +43,10 @@ std::size_t common_columns(const Row& a, const Row& b) {
 // Row by row from the top, each cleared from the first change on: what does not fit never spills onto a row
 // that is drawn.
 void put_row(int row, const Row& runs) {
-  std::vector<Row>& rows = window_rows();
-  const auto index = static_cast<std::size_t>(row);
-  if (index >= rows.size()) rows.resize(index + 1);
-  if (rows[index] == runs) return;
-  std::size_t unchanged = common_columns(rows[index], runs);
+  Row& before = window().row(static_cast<std::size_t>(row));
+  std::size_t unchanged = common_columns(before, runs);
   if (wmove(stdscr, row, static_cast<int>(unchanged)) == ERR) return;
-  rows[index] = runs;
+  before = runs;
   wclrtoeol(stdscr);
   for (const Run& run : runs) {
     if (run.reverse) wattr_on(stdscr, A_REVERSE, nullptr);
@@ -61,10 +69,13 @@ CharacterWidth character_width() {
 }
 
 void show_view(const ScreenView& view) {
-  static Picture picture;
+  Picture& picture = window().picture;
   update_picture(picture, view);
   const ScopedLocale locale(users_locale());
-  for (std::size_t i = 0; i < picture.rows.size(); ++i) put_row(static_cast<int>(i), picture.rows[i].runs);
+  for (std::size_t i = 0; i < picture.rows.size(); ++i) {
+    PictureRow& row = picture.rows[i];
+    if (std::exchange(row.changed, false)) put_row(static_cast<int>(i), row.runs);
+  }
   wmove(stdscr, picture.cursor.row, picture.cursor.column);
   wrefresh(stdscr);
 }
@@ -73,6 +84,8 @@ void show_bottom_row(const std::vector<Run>& runs, int column) {
   const ScopedLocale locale(users_locale());
   const int row = screen_size().rows - 1;
   put_row(row, runs);
+  auto& drawn = window().picture.rows;
+  if (!drawn.empty()) drawn.back().changed = true;
   wmove(stdscr, row, column);
   wrefresh(stdscr);
 }
@@ -89,7 +102,7 @@ void show_page(std::span<const std::string_view> rows) {
 
 void blank_window() {
   werase(stdscr);
-  window_rows().clear();
+  window() = {};
 }
 
 void screen_repaint() {

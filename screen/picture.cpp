@@ -1,6 +1,7 @@
 #include "screen/picture.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "text/bytes.h"
 
@@ -92,7 +93,7 @@ std::vector<Run> ascii_runs(std::string_view text, std::size_t reverse_begin, st
 }
 
 std::string line_number(const ScreenView& view, std::uint64_t row) {
-  return view.line_numbers ? std::to_string(row + 1) + " " : "";
+  return view.line_numbers ? std::to_string(row + 1) + " " : std::string();
 }
 
 // Columns from the left edge of the screen to the cursor; negative when it is left of it.
@@ -101,28 +102,31 @@ std::int64_t cursor_column(const ScreenView& view, std::uint64_t left_col) {
          static_cast<std::int64_t>(view.cursor.col) - static_cast<std::int64_t>(left_col);
 }
 
-// The selected bytes of line `row`, which has `length` of them, as begin and end.
-std::pair<std::uint64_t, std::uint64_t> selected_bytes(const ScreenView& view, std::uint64_t row,
-                                                       std::uint64_t length) {
-  if (!view.selection || row < view.selection->start.row || row > view.selection->end.row) return {0, 0};
-  const std::uint64_t begin = row == view.selection->start.row ? view.selection->start.col : 0;
-  const std::uint64_t end = row == view.selection->end.row ? view.selection->end.col : length;
-  return {std::min(begin, length), std::min(end, length)};
-}
-
-struct Line {
-  std::uint64_t start = 0; // offsets in the text
+// The part of line `row` that its row of the screen has room for, in bytes of the line, and the number before
+// it.
+struct LinePart {
+  std::string number; // "" when lines have none
+  std::uint64_t begin = 0;
   std::uint64_t end = 0;
-  TextView bytes; // empty when the line is too long to be looked at as a whole
 };
 
-// Most lines are short: to look for the line feed costs less than to ask the store for the line's end.
-Line line_at(const LineStore& text, std::uint64_t row, std::uint64_t start) {
-  constexpr std::uint64_t kShort = 256;
-  TextView bytes = text.slice(start, start + kShort);
-  const std::size_t length = bytes.get().find('\n');
-  if (length == std::string_view::npos || text.holds_literal_breaks()) return {start, text.line_end(row), {}};
-  return {start, start + length, std::move(bytes)};
+LinePart visible_part(const ScreenView& view, std::uint64_t row, std::uint64_t length) {
+  std::string number = line_number(view, row);
+  const std::uint64_t width = static_cast<std::uint64_t>(std::max(view.columns, 0));
+  const std::uint64_t begin = view.truncate ? 0 : std::min(view.corner.left_col, length);
+  const std::uint64_t end = std::min(length, begin + width - std::min<std::uint64_t>(width, number.size()));
+  return {std::move(number), begin, end};
+}
+
+// The columns of the row in reverse video, as begin and end.
+std::pair<std::size_t, std::size_t> selected_columns(const ScreenView& view, std::uint64_t row,
+                                                     const LinePart& part) {
+  if (!view.selection || row < view.selection->start.row || row > view.selection->end.row) return {};
+  const auto column = [&](std::uint64_t col) {
+    return static_cast<std::size_t>(part.number.size() + std::clamp(col, part.begin, part.end) - part.begin);
+  };
+  return {row == view.selection->start.row ? column(view.selection->start.col) : column(part.begin),
+          row == view.selection->end.row ? column(view.selection->end.col) : column(part.end)};
 }
 
 // Makes the runs of a row, unless they have been made of the same bytes before.
@@ -130,28 +134,34 @@ template <typename MakeRuns>
 void update_row(PictureRow& row, std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
                 MakeRuns make_runs) {
   if (row.bytes == bytes && row.reverse_begin == reverse_begin && row.reverse_end == reverse_end) return;
-  row = {make_runs(), std::string(bytes), reverse_begin, reverse_end};
+  row = {make_runs(), std::string(bytes), reverse_begin, reverse_end, true};
 }
 
-void update_line(PictureRow& shown, const ScreenView& view, std::uint64_t row, const Line& line) {
-  const std::uint64_t length = line.end - line.start;
-  const std::string number = line_number(view, row);
-  const std::uint64_t prefix = number.size();
-  const std::uint64_t width = static_cast<std::uint64_t>(std::max(view.columns, 0));
-  const std::uint64_t skipped = view.truncate ? 0 : std::min(view.corner.left_col, length);
-  const std::uint64_t last = std::min(length, skipped + width - std::min(width, prefix));
-  const TextView visible = line.bytes.size() != 0 ? TextView(line.bytes.get().substr(skipped, last - skipped))
-                                                  : view.text.slice(line.start + skipped, line.start + last);
-  const std::string numbered = prefix != 0 ? number + std::string(visible.get()) : "";
-  const std::string_view bytes = prefix != 0 ? numbered : visible.get();
-  const auto [begin, end] = selected_bytes(view, row, length);
-  const auto column = [&, from = skipped](std::uint64_t byte) {
-    return static_cast<std::size_t>(prefix + (byte > from ? byte - from : 0));
-  };
-  const std::size_t reverse_begin = column(begin);
-  const std::size_t reverse_end = end > begin ? column(end) : reverse_begin;
-  update_row(shown, bytes, reverse_begin, reverse_end,
-             [&] { return display_runs(bytes, reverse_begin, reverse_end, view.columns, view.width); });
+void update_line_row(PictureRow& shown, const ScreenView& view, std::uint64_t row, const LinePart& part,
+                     std::string_view bytes) {
+  const std::string numbered = part.number.empty() ? std::string() : part.number + std::string(bytes);
+  if (!part.number.empty()) bytes = numbered;
+  const auto [begin, end] = selected_columns(view, row, part);
+  update_row(shown, bytes, begin, end, [&, first = begin, last = end] {
+    return display_runs(bytes, first, last, view.columns, view.width);
+  });
+}
+
+// The line that begins at offset `start` of the text; returns the offset of its end.
+std::uint64_t update_line(PictureRow& shown, const ScreenView& view, std::uint64_t row, std::uint64_t start) {
+  constexpr std::uint64_t kShortLine = 256; // most are shorter: finding the line feed is faster than line_end
+  const TextView nearby = view.text.slice(start, start + kShortLine);
+  const std::size_t length = nearby.get().find('\n');
+  if (length != std::string_view::npos && !view.text.holds_literal_breaks()) {
+    const LinePart part = visible_part(view, row, length);
+    update_line_row(shown, view, row, part, nearby.get().substr(part.begin, part.end - part.begin));
+    return start + length;
+  }
+  const std::uint64_t end = view.text.line_end(row);
+  const LinePart part = visible_part(view, row, end - start);
+  const TextView bytes = view.text.slice(start + part.begin, start + part.end);
+  update_line_row(shown, view, row, part, bytes.get());
+  return end;
 }
 
 // A text of the program's own, in which characters stand side by side.
@@ -267,29 +277,24 @@ void update_picture(Picture& picture, const ScreenView& view) {
   const int above_bottom = std::max(1, view.rows - kBottomRows);
   const auto rows = static_cast<std::size_t>(std::max(view.rows, 0));
   if (picture.rows.size() != rows || picture.columns != view.columns || view.rows <= kBottomRows) {
-    picture.rows.assign(rows, {});
+    picture.rows.assign(rows, PictureRow());
     picture.columns = view.columns;
   }
   const std::uint64_t lines = view.text.line_count();
   std::uint64_t row = view.corner.top_row;
   std::uint64_t start = view.text.line_start(row);
+  const int shown_lines = text_rows(view);
   for (int i = 0; i < std::min(above_bottom, view.rows); ++i, ++row) {
     PictureRow& shown = picture.rows[static_cast<std::size_t>(i)];
-    if (i >= text_rows(view) || row > lines) {
-      shown = {};
-    } else if (row == lines) {
-      update_plain_row(shown, view, "[EOB]");
-    } else {
-      const Line line = line_at(view.text, row, start);
-      update_line(shown, view, row, line);
-      start = line.end + 1;
-    }
+    if (i < shown_lines && row < lines) start = update_line(shown, view, row, start) + 1;
+    else update_plain_row(shown, view, i < shown_lines && row == lines ? "[EOB]" : "");
   }
   update_bottom_row(picture, view, view.rows - 3,
                     std::string(static_cast<std::size_t>(std::max(view.columns, 1)), '-'));
   update_bottom_row(picture, view, view.rows - 2, view.status);
   update_bottom_row(picture, view, view.rows - 1, view.message);
-  picture.cursor = cursor_cell(view).value_or(behind_message(view));
+  const auto cursor = cursor_cell(view);
+  picture.cursor = cursor ? *cursor : behind_message(view);
 }
 
 std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,

@@ -32,6 +32,7 @@ struct PictureRow {
   std::string bytes; // of the text or the message, which the runs were made from
   std::size_t reverse_begin = 0;
   std::size_t reverse_end = 0;
+  bool changed = true; // since it was drawn
 };
 
 struct Picture {
