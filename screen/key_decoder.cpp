@@ -1,32 +1,27 @@
 #include "screen/key_decoder.h"
 
-#include <string>
-
 namespace zan {
 
-void KeyDecoder::learn(Meaning meaning) {
-  meaning_ = meaning;
-  for (std::size_t byte = 1; byte < begins_sequence_.size(); ++byte) {
-    const char sequence[] = {static_cast<char>(static_cast<unsigned char>(byte)), '\0'};
-    begins_sequence_[byte] = meaning(sequence) != 0;
+using Kind = SequenceMeaning::Kind;
+
+void KeyDecoder::learn(Lookup meaning_of) {
+  meaning_of_ = meaning_of;
+  for (std::size_t byte = 0; byte < begins_sequence_.size(); ++byte) {
+    const char c = static_cast<char>(static_cast<unsigned char>(byte));
+    begins_sequence_[byte] = meaning_of({&c, 1}).kind != Kind::none;
   }
 }
 
 std::optional<KeyDecoder::Key> KeyDecoder::first(std::string_view bytes, bool complete) const {
   if (bytes.empty()) return std::nullopt;
-  const auto byte = static_cast<unsigned char>(bytes.front());
-  if (begins_sequence_[byte]) {
-    std::string sequence;
-    int key = -1;
-    for (std::size_t i = 0; key < 0 && i < bytes.size(); ++i) {
-      sequence += bytes[i];
-      // No sequence holds a NUL, which would end it for whoever looks it up.
-      key = bytes[i] == '\0' ? 0 : meaning_(sequence.c_str());
-    }
-    if (key < 0 && !complete) return std::nullopt;
-    if (key > 0) return Key{key, sequence.size()};
+  const Key byte{static_cast<unsigned char>(bytes.front()), 1};
+  if (!begins_sequence_[static_cast<std::size_t>(byte.code)]) return byte;
+  for (std::size_t length = 1; length <= bytes.size(); ++length) {
+    const SequenceMeaning meaning = meaning_of_(bytes.substr(0, length));
+    if (meaning.kind == Kind::key) return Key{meaning.key, length};
+    if (meaning.kind == Kind::none) return byte;
   }
-  return Key{byte, 1};
+  return complete ? std::optional(byte) : std::nullopt;
 }
 
 } // namespace zan

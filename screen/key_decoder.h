@@ -7,17 +7,21 @@
 
 namespace zan {
 
-// Makes keys of the bytes that a terminal sends: a byte is a key of its own, or begins a sequence that stands
-// for one.
+// What some bytes mean as the escape sequence of a key.
+struct SequenceMeaning {
+  enum class Kind { none, begins, key }; // no sequence; the first bytes of some; a whole one
+  Kind kind = Kind::none;
+  int key = 0;
+};
+
+// Turns the bytes that a terminal sends into keys. A byte is a key of its own or begins an escape sequence.
 class KeyDecoder {
  public:
-  // What a sequence stands for: the code of a key, 0 for nothing, a negative number when it begins a longer
-  // sequence.
-  using Meaning = int (*)(const char* sequence);
+  using Lookup = SequenceMeaning (*)(std::string_view sequence);
 
-  void learn(Meaning meaning); // again whenever a meaning has changed
-  // The key that `bytes` begin with. Nothing when there are none, or when they may go on as a sequence; once
-  // nothing more has come for a while, `complete` makes a byte of what only began one.
+  void learn(Lookup meaning_of); // again whenever a meaning has changed
+  // The key that `bytes` begin with. Nothing when there are none, or when they may become an escape sequence.
+  // `complete`: no more bytes have followed in time, so the first byte is a key of its own.
   struct Key {
     int code = 0;
     std::size_t length = 0; // in bytes
@@ -25,7 +29,7 @@ class KeyDecoder {
   std::optional<Key> first(std::string_view bytes, bool complete) const;
 
  private:
-  Meaning meaning_ = nullptr;
+  Lookup meaning_of_ = nullptr;
   std::array<bool, 256> begins_sequence_{};
 };
 

@@ -1,15 +1,21 @@
 #include "screen/key_sequences.h"
 
+#include <algorithm>
 #include <array>
+#include <cstdint>
 #include <cstdlib>
-#include <string_view>
+#include <optional>
+#include <string>
 
 #include "screen/curses.h"
 #include "screen/keys.h"
+#include "text/bytes.h"
 
 namespace zan {
 
 namespace {
+
+using Kind = SequenceMeaning::Kind;
 
 struct Sequence {
   const char* bytes;
@@ -42,7 +48,7 @@ constexpr auto kPcKeypad = std::to_array<Sequence>({
     {"\033Ok", kKpMinus},
 });
 
-// PF1 to PF4 as the usual keyboards send them, whatever the terminal's description says.
+// PF1 to PF4 as common terminals send them, whatever the terminal's description says.
 constexpr auto kFunctionKeys = std::to_array<Sequence>({
     {"\033OP", kPf1},
     {"\033OQ", kPf2},
@@ -58,16 +64,15 @@ constexpr auto kFunctionKeys = std::to_array<Sequence>({
     {"\033[[D", kPf4},
 });
 
-// Only where the terminal's description gives the sequence no meaning, so that no key types junk into the
-// text.
+// Used where the terminal's description has no meaning for the sequence, so that no key types junk.
 constexpr auto kSpareKeys = std::to_array<Sequence>({
-    {"\033[A", kUp},         {"\033[B", kDown},       {"\033[C", kRight},   {"\033[D", kLeft},
-    {"\033OA", kUp},         {"\033OB", kDown},       {"\033OC", kRight},   {"\033OD", kLeft},
-    {"\033[H", kHome},       {"\033[F", kEnd},        {"\033OH", kHome},    {"\033OF", kEnd},
-    {"\033[1~", kHome},      {"\033[4~", kEnd},       {"\033[7~", kHome},   {"\033[8~", kEnd},
-    {"\033[2~", kInsert},    {"\033[3~", kRemove},    {"\033[5~", kPageUp}, {"\033[6~", kPageDown},
-    {"\033OX", kIgnored},    {"\033[I", kIgnored},    {"\033[O", kIgnored}, {"\033[Z", kIgnored},
-    {"\033[200~", kIgnored}, {"\033[201~", kIgnored},
+    {"\033[A", kUp},         {"\033[B", kDown},       {"\033[C", kRight},    {"\033[D", kLeft},
+    {"\033OA", kUp},         {"\033OB", kDown},       {"\033OC", kRight},    {"\033OD", kLeft},
+    {"\033[H", kHome},       {"\033[F", kEnd},        {"\033OH", kHome},     {"\033OF", kEnd},
+    {"\033[1~", kHome},      {"\033[4~", kEnd},       {"\033[7~", kHome},    {"\033[8~", kEnd},
+    {"\033[2~", kInsert},    {"\033[3~", kRemove},    {"\033[5~", kPageUp},  {"\033[6~", kPageDown},
+    {"\033OX", kIgnored},    {"\033[I", kIgnored},    {"\033[O", kIgnored},  {"\033[Z", kIgnored},
+    {"\033[200~", kIgnored}, {"\033[201~", kIgnored}, {"\033[[E", kIgnored},
 });
 
 void bind(const char* bytes, int key) { define_key(bytes, key); }
@@ -76,50 +81,74 @@ void bind_spare(const char* bytes, int key) {
   if (key_defined(bytes) == 0) bind(bytes, key);
 }
 
-// Keys that no function belongs to: function keys, the centre of the keypad, and keys with Shift, Alt or
-// Ctrl, as "ESC [ 1 ; 5 A" and "ESC [ 3 ; 2 ~" or, in another tradition, "ESC O a" and "ESC [ 3 ^". There are
-// about a thousand, too many to teach the library at every start.
-struct OtherKeys {
-  std::string_view start;
-  std::string_view last; // one of these bytes ends the sequence
+// An escape sequence of a key, as far as it has come: ESC, "[" or "O", numbers with a ";" between them, and
+// the byte that ends it.
+struct EscapeSequence {
+  char introducer = '\0'; // "[" (CSI) or "O" (SS3)
+  std::string_view first; // digits
+  std::optional<std::string_view> second;
+  std::string_view end; // empty: it goes on
 };
-constexpr char kNumber = 'N';   // in `start`: a number from 1 to 34
-constexpr char kModifier = 'M'; // a number from 2 to 16
-constexpr auto kOtherKeys = std::to_array<OtherKeys>({
-    {"\033[N", "~^$@"},
-    {"\033[N;M", "~"},
-    {"\033[1;M", "ABCDEFHPQRS"},
-    {"\033OM", "ABCDEFGHIJKLMNOPQRSTUVWXYZjklmnopqrstuvwxy"},
-    {"\033O", "EI abcd"},
-    {"\033[", "EGLabcd"},
-    {"\033[[", "E"},
-});
 
-// As KeyDecoder::Meaning.
-int meaning_among(const OtherKeys& keys, std::string_view sequence) {
-  for (const char part : keys.start) {
-    if (sequence.empty()) return -1;
-    if (part != kNumber && part != kModifier) {
-      if (sequence.front() != part) return 0;
-      sequence.remove_prefix(1);
-      continue;
-    }
-    const int lowest = part == kNumber ? 1 : 2;
-    const int highest = part == kNumber ? 34 : 16;
-    int number = 0;
-    while (!sequence.empty() && sequence.front() >= '0' && sequence.front() <= '9') {
-      number = number * 10 + (sequence.front() - '0');
-      if (number == 0 || number > highest) return 0;
-      sequence.remove_prefix(1);
-    }
-    if (number < lowest && !(sequence.empty() && number > 0)) return 0; // "1" may become "16"
-  }
-  if (sequence.empty()) return -1;
-  return sequence.size() == 1 && keys.last.find(sequence.front()) != std::string_view::npos ? kIgnored : 0;
+std::string_view cut_digits(std::string_view& text) {
+  const std::size_t length = std::min(text.find_first_not_of("0123456789"), text.size());
+  const std::string_view digits = text.substr(0, length);
+  text.remove_prefix(length);
+  return digits;
 }
 
-// Ctrl/Z is the suspend key of some descriptions, Return the Enter key of others. Arrows and Backspace that
-// are control characters stay: such a terminal has no other ones.
+std::optional<EscapeSequence> parse_sequence(std::string_view bytes) {
+  if (!bytes.starts_with("\033[") && !bytes.starts_with("\033O")) return std::nullopt;
+  EscapeSequence sequence{bytes[1], {}, {}, {}};
+  bytes.remove_prefix(2);
+  sequence.first = cut_digits(bytes);
+  if (bytes.starts_with(';')) {
+    bytes.remove_prefix(1);
+    sequence.second = cut_digits(bytes);
+  }
+  sequence.end = bytes;
+  return sequence;
+}
+
+// `complete`: no digits follow, which could still make it large enough.
+bool is_number(std::string_view digits, std::uint64_t lowest, std::uint64_t highest, bool complete) {
+  const std::uint64_t number = digits.empty() ? 0 : parse_digits(digits).value_or(highest + 1);
+  return number <= highest && !digits.starts_with('0') && (!complete || number >= lowest);
+}
+
+bool is_key_number(std::string_view digits, bool complete) { return is_number(digits, 1, 34, complete); }
+bool is_modifier(std::string_view digits, bool complete) { return is_number(digits, 2, 16, complete); }
+
+// The bytes that may end the sequence of a key without a function; none when its numbers are no key's. Such
+// are function keys, the centre of the keypad, and keys with Shift, Alt or Ctrl: "ESC [ 1 ; 5 A" and
+// "ESC [ 3 ; 2 ~" or, in another tradition, "ESC O a" and "ESC [ 3 ^". There are about a thousand, too many
+// to teach ncurses at every start.
+std::string_view ends_of_unused_keys(const EscapeSequence& sequence) {
+  const auto& [introducer, first, second, end] = sequence;
+  const bool complete = !end.empty();
+  if (introducer == 'O') {
+    if (second || !(first.empty() || is_modifier(first, complete))) return "";
+    return first.empty() ? "EI abcd" : "ABCDEFGHIJKLMNOPQRSTUVWXYZjklmnopqrstuvwxy";
+  }
+  if (second) {
+    if (!is_key_number(first, true) || !is_modifier(*second, complete)) return "";
+    return first == "1" ? "~ABCDEFHPQRS" : "~";
+  }
+  if (first.empty()) return "EGLabcd";
+  return is_key_number(first, complete) ? "~^$@" : "";
+}
+
+SequenceMeaning meaning_of_unused_key(std::string_view bytes) {
+  const auto sequence = parse_sequence(bytes);
+  const std::string_view ends = sequence ? ends_of_unused_keys(*sequence) : "";
+  if (ends.empty()) return {};
+  if (sequence->end.empty()) return {Kind::begins};
+  if (sequence->end.size() > 1 || ends.find(sequence->end) == std::string_view::npos) return {};
+  return {Kind::key, kIgnored};
+}
+
+// Some descriptions call Ctrl/Z the suspend key or Return the Enter key: both stay control characters here.
+// Arrows and Backspace that are control characters keep their meaning: such a terminal sends nothing else.
 void free_control_characters() {
   for (char c = 1; c < ' '; ++c) {
     const char bytes[] = {c, '\0'};
@@ -131,7 +160,8 @@ void free_control_characters() {
 } // namespace
 
 void repair_key_sequences() {
-  // The library numbers the extended keys of a description upwards from 511, over the keypad's codes.
+  // ncurses numbers the extended keys of a description from 511 upwards; these would collide with the
+  // keypad's codes.
   for (int key = kKp0; key <= kKpEnter; ++key) {
     while (char* bytes = keybound(key, 0)) {
       const bool moved = define_key(bytes, kIgnored) == OK;
@@ -152,11 +182,11 @@ void register_key_sequences(bool pc_keypad) {
   for (const auto& [bytes, key] : kPcKeypad) bind(bytes, key);
 }
 
-int key_meaning(const char* sequence) {
-  if (const int meaning = key_defined(sequence); meaning != 0) return meaning;
-  for (const OtherKeys& keys : kOtherKeys)
-    if (const int meaning = meaning_among(keys, sequence); meaning != 0) return meaning;
-  return 0;
+SequenceMeaning key_meaning(std::string_view sequence) {
+  if (sequence.find('\0') != std::string_view::npos) return {}; // ncurses would look up what is before it
+  const int known = key_defined(std::string(sequence).c_str());
+  if (known > 0) return {Kind::key, known};
+  return known < 0 ? SequenceMeaning{Kind::begins} : meaning_of_unused_key(sequence);
 }
 
 } // namespace zan

@@ -1,13 +1,17 @@
 #pragma once
 
+#include <string_view>
+
+#include "screen/key_decoder.h"
+
 namespace zan {
 
-// Teaches the screen library the byte sequences of the keyboard, after its keypad has been turned on.
-// repair_key_sequences is needed once, register_key_sequences at every visit: `pc_keypad` may have changed.
+// Teach ncurses the escape sequences of the keyboard, once its keypad mode is on. repair_key_sequences is
+// called once, register_key_sequences at every visit, because `pc_keypad` may have changed.
 void repair_key_sequences();
 void register_key_sequences(bool pc_keypad);
 
-// As KeyDecoder::Meaning: what the library has been taught, or that no function belongs to the key.
-int key_meaning(const char* sequence);
+// What ncurses has been taught, or kIgnored for a key without a function.
+SequenceMeaning key_meaning(std::string_view sequence);
 
 } // namespace zan

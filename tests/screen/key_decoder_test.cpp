@@ -6,16 +6,17 @@
 namespace {
 
 // ESC [ A is 1, ESC [ 1 ~ is 2, the byte 155 with A is 3.
-int meaning(const char* sequence) {
+zan::SequenceMeaning meaning(std::string_view sequence) {
+  using Kind = zan::SequenceMeaning::Kind;
   struct Known {
     std::string_view bytes;
     int key;
   };
   for (const Known& known : {Known{"\033[A", 1}, Known{"\033[1~", 2}, Known{"\233A", 3}}) {
-    if (known.bytes == sequence) return known.key;
-    if (known.bytes.starts_with(sequence)) return -1;
+    if (known.bytes == sequence) return {Kind::key, known.key};
+    if (known.bytes.starts_with(sequence)) return {Kind::begins};
   }
-  return 0;
+  return {};
 }
 
 // Takes the keys.
