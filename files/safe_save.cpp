@@ -52,7 +52,7 @@ FileState state_of_open(int file) {
 
 RenameResult replace_by_rename(int target, mode_t mode, const Place& place, const ByteSource& source,
                                const Guard& guard, Saved& saved) {
-  const HeldSignals held;
+  const HeldSignals held; // ending here would leave a temporary file behind
   TemporaryFile fresh(place.directory.get(), place.leaf, kOwnerOnly);
   // First on the empty file, because this decides whether a rename will do. Again later, because a write
   // clears some attributes.
@@ -100,7 +100,7 @@ Saved overwrite(const std::string& path, UniqueFd target, const ByteSource& sour
 Saved create(const std::string& path, const ByteSource& source) {
   const std::optional<Place> place = find_place(path);
   if (!place) return {};
-  const HeldSignals held;
+  const HeldSignals held; // ending here would leave a temporary file behind
   TemporaryFile fresh(place->directory.get(), place->leaf, kNewFile);
   if (!fresh || !write_to(fresh.descriptor(), source) || !sync_fully(fresh.descriptor())) return {};
   const FileState state = state_of_open(fresh.descriptor());

@@ -33,14 +33,14 @@ namespace zan {
 
 namespace {
 
-constexpr int kEscapeDelay = 25; // milliseconds in which a sequence that has begun goes on
-// A repetition that takes longer looks for Ctrl/C, now and then.
+constexpr int kEscapeDelay = 25; // milliseconds within which the next byte of an escape sequence comes
+// A repetition that takes longer checks type-ahead for Ctrl/C at this interval.
 constexpr std::chrono::milliseconds kLongRepetition{100};
-constexpr std::chrono::milliseconds kBetweenLooks{20};
+constexpr std::chrono::milliseconds kBetweenChecks{20};
 
 using Clock = std::chrono::steady_clock;
 
-// What ISIG makes signals of besides Ctrl/C.
+// The characters besides Ctrl/C that send signals when ISIG is set.
 constexpr std::array kSignalCharacters{
     VQUIT,
     VSUSP,
@@ -49,10 +49,10 @@ constexpr std::array kSignalCharacters{
 #endif
 };
 
-void wake_up(int) {}         // the wait for a key ends and looks at the terminal's size
+void wake_up(int) {}         // interrupts the wait for a key, which then checks the terminal's size
 void note_continuation(int); // defined below
 
-void handle(int signal, void (*handler)(int), int flags = 0) {
+void set_handler(int signal, void (*handler)(int), int flags = 0) {
   struct sigaction action {};
   action.sa_handler = handler;
   action.sa_flags = flags;
@@ -62,19 +62,19 @@ void handle(int signal, void (*handler)(int), int flags = 0) {
 
 std::string_view capability(const char* name) {
   const char* text = tigetstr(const_cast<char*>(name)); // some libraries declare it without const
-  // The library's "no such capability" is the address -1.
+  // ncurses returns the address -1 for "no such capability".
   return text == nullptr || text == reinterpret_cast<const char*>(-1) ? std::string_view() : text;
 }
 
-// How the terminal is given back when the program crashes on the screen. All of it is made ready before:
-// then nothing can be asked of the library any more.
+// Restores the terminal when the program crashes on the screen. All data is prepared in advance, because a
+// signal handler must not call ncurses.
 class CrashExit {
  public:
   constexpr CrashExit() = default;
 
   void remember_modes() {
     has_modes_ = tcgetattr(STDOUT_FILENO, &modes_) == 0;
-    // A recursion without end leaves no room on the ordinary stack.
+    // After a stack overflow the handler needs a stack of its own.
     stack_t stack{};
     if (sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_DISABLE) == 0) return;
     stack.ss_sp = stack_.data();
@@ -84,7 +84,7 @@ class CrashExit {
   }
 
   void forget_sequences() { size_ = 0; }
-  // To be sent as it is, without the waits that the library makes.
+  // Leaves out padding such as "$<5>", which only ncurses understands.
   void add(std::string_view sequence) {
     for (std::size_t wait = 0; (wait = sequence.find("$<")) != std::string_view::npos;) {
       add(sequence.substr(0, wait));
@@ -96,12 +96,12 @@ class CrashExit {
     size_ += fitting.size();
   }
 
-  // These may be called in a signal handler, and wait for nobody to read the terminal.
-  void give_back_modes() const {
+  // Async-signal-safe; neither blocks when nobody reads the terminal.
+  void restore_modes() const {
     if (has_modes_) tcsetattr(STDOUT_FILENO, TCSANOW, &modes_);
   }
-  void give_back() const {
-    give_back_modes();
+  void restore_terminal() const {
+    restore_modes();
     pollfd output{STDOUT_FILENO, POLLOUT, 0};
     if (poll(&output, 1, 0) <= 0) return;
     [[maybe_unused]] const ssize_t count = ::write(STDOUT_FILENO, sequences_.data(), size_);
@@ -109,9 +109,9 @@ class CrashExit {
 
  private:
   bool has_modes_ = false;
-  termios modes_{}; // before the screen
+  termios modes_{}; // as they were before the screen started
   std::size_t size_ = 0;
-  std::array<char, 256> sequences_{}; // that end the screen
+  std::array<char, 256> sequences_{}; // escape sequences that leave the screen
   std::array<char, 64 * 1024> stack_{};
 };
 
@@ -120,32 +120,31 @@ CrashExit& crash_exit() {
   return the_exit;
 }
 
-void give_back_and_crash(int signal) {
-  crash_exit().give_back();
-  std::raise(signal); // has its default action again, which follows when this function returns
+void restore_and_crash(int signal) {
+  crash_exit().restore_terminal();
+  std::raise(signal); // SA_RESETHAND has restored the default action, which follows when this returns
 }
 
-// Signals whose action is the screen's while it runs. The library takes the first when it is first started
-// and never gives it back, so both sides' actions are kept and exchanged; it would take SIGWINCH as well, but
-// leaves it alone when it has a handler. Crashes end the program where it stands; where somebody else looks
-// after them, as sanitizers do, they are left to him.
+// Swaps signal dispositions when the screen is entered and left. ncurses installs a handler for SIGTSTP once
+// and never removes it, so both dispositions are kept. It leaves SIGWINCH alone because a handler is there
+// first. A crash handler that somebody else has installed, as sanitizers do, stays.
 class ScreenSignals {
  public:
-  void set_aside() {
+  void install() {
     crash_exit().remember_modes();
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], nullptr, &outside_[i]);
-    handle(SIGWINCH, wake_up);
-    handle(SIGCONT, note_continuation);
+    set_handler(SIGWINCH, wake_up);
+    set_handler(SIGCONT, note_continuation);
     for (std::size_t i = kFirstCrash; i < kSignals.size(); ++i) {
       if (outside_[i].sa_handler != SIG_DFL) continue;
-      handle(kSignals[i], give_back_and_crash, SA_ONSTACK | static_cast<int>(SA_RESETHAND));
+      set_handler(kSignals[i], restore_and_crash, SA_ONSTACK | static_cast<int>(SA_RESETHAND));
     }
   }
-  void resume_library() const {
-    if (library_) sigaction(SIGTSTP, &*library_, nullptr);
+  void install_ncurses_stop() const {
+    if (ncurses_stop_) sigaction(SIGTSTP, &*ncurses_stop_, nullptr);
   }
-  void give_back() {
-    sigaction(SIGTSTP, nullptr, &library_.emplace());
+  void restore() {
+    sigaction(SIGTSTP, nullptr, &ncurses_stop_.emplace());
     for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &outside_[i], nullptr);
   }
 
@@ -153,46 +152,46 @@ class ScreenSignals {
   static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGCONT, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL};
   static constexpr std::size_t kFirstCrash = 3;
   std::array<struct sigaction, kSignals.size()> outside_{};
-  std::optional<struct sigaction> library_; // nothing before its first start
+  std::optional<struct sigaction> ncurses_stop_; // for SIGTSTP; nothing before ncurses has been started
 };
 
-// The one owner of the terminal. The library is started once for a kind of terminal and afterwards suspended
-// and resumed, so that any number of visits costs no memory.
-struct Room {
-  SCREEN* screen = nullptr;     // null before the first visit
-  std::string terminal;         // the name for which it was started
-  int visits = 0;               // one inside the other
-  bool own_numeric_mode = true; // the library does not send ESC ">" itself
+// The state of the terminal's one owner. ncurses is started once for each value of TERM, then suspended and
+// resumed, because each start would cost memory that is never freed.
+struct Screen {
+  SCREEN* ncurses = nullptr;      // null before the first visit
+  std::string terminal;           // the value of TERM for which it was started
+  int visits = 0;                 // nested
+  bool sends_numeric_mode = true; // by itself, because ncurses does not send ESC ">"
   ScreenSignals signals;
   KeyDecoder keys;
-  std::optional<termios> modes_for_keys; // while Ctrl/C is a signal
-  bool interrupted = false;              // the repetition
-  Clock::time_point next_look;
-  volatile std::sig_atomic_t continued = 0; // after a stop
+  std::optional<termios> modes_for_keys;    // while Ctrl/C is a signal
+  bool interrupted = false;                 // Ctrl/C has been typed during the repetition
+  Clock::time_point next_check;             // for that
+  volatile std::sig_atomic_t continued = 0; // SIGCONT has come
   std::uint64_t keys_asked_for = 0;
   std::uint64_t bells = 0;
 };
 
-Room& room() {
-  static Room the_room;
-  return the_room;
+Screen& screen() {
+  static Screen the_screen;
+  return the_screen;
 }
 
-void note_continuation(int) { room().continued = 1; }
+void note_continuation(int) { screen().continued = 1; }
 
 void set_modes() {
   raw();
   noecho();
   keypad(stdscr, TRUE);
   nonl();
-  use_legacy_coding(0); // the locale at the time of writing decides what is printable
-  typeahead(-1);        // a drawing is whole: who waits for it decides whether it is made
+  use_legacy_coding(0); // the locale during the write decides what is printable
+  typeahead(-1);        // never break off a refresh when keys wait: the key loop decides whether to draw
 }
 
-// Until it has been suspended once, the library sends every row by itself; suspended and resumed by the first
-// drawing, it sends a whole screen at once. What it would send for that goes nowhere: nothing has been drawn.
+// ncurses writes its first screen row by row, but the first one after endwin() at once. So endwin() is called
+// before anything is drawn, and what it sends goes to /dev/null.
 void suspend_unseen() {
-  const HeldSignals held; // whose answer exchanges the descriptor too
+  const HeldSignals held; // their handler replaces the descriptor too
   const UniqueFd terminal(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
   const UniqueFd nowhere(::open("/dev/null", O_WRONLY | O_CLOEXEC));
   if (!terminal || !nowhere) return;
@@ -206,21 +205,21 @@ std::string terminal_name() {
   return name != nullptr ? name : "";
 }
 
-// The library's own rule: a size in the environment holds.
+// As in ncurses, a size in the environment takes precedence.
 int size_or_environment(int size, const char* variable) {
   const char* text = std::getenv(variable);
   const int wanted = text != nullptr ? std::atoi(text) : 0;
   return wanted > 0 ? wanted : size;
 }
 
-// 0 for what is not known.
+// 0 for a number that is not known.
 ScreenSize terminal_size() {
   winsize size{};
   if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) size = {};
   return {size_or_environment(size.ws_row, "LINES"), size_or_environment(size.ws_col, "COLUMNS")};
 }
 
-// The library counts rows and columns in short integers, and keeps some hundred bytes for every cell.
+// ncurses counts rows and columns in short integers and needs some hundred bytes for every cell.
 ScreenSize within_limits(ScreenSize size) {
   constexpr int kLargest = 32767;
   constexpr int kMostCells = 4 << 20;
@@ -229,7 +228,7 @@ ScreenSize within_limits(ScreenSize size) {
   return size;
 }
 
-// Takes over the terminal's size; false when it is still the same.
+// Adopts a new size of the terminal; false when the size is the same.
 bool adopt_size() {
   const auto [rows, columns] = within_limits(terminal_size());
   if (rows <= 0 || columns <= 0 || !is_term_resized(rows, columns)) return false;
@@ -238,50 +237,50 @@ bool adopt_size() {
   return true;
 }
 
-// False when there is no screen of the library for such a terminal.
+// False when ncurses cannot drive the terminal that TERM names.
 bool start_screen() {
-  Room& the = room();
+  Screen& state = screen();
   const ScopedLocale locale(unicode_locale());
-  // The library would ask for the size itself and crash. It gets another one when it has started.
+  // With a huge size newterm() would crash: it gets the default size, and a smaller one once it runs.
   if (const ScreenSize size = terminal_size(); size != within_limits(size)) use_env(FALSE);
-  the.screen = newterm(nullptr, stdout, stdin);
-  if (the.screen == nullptr) return false;
+  state.ncurses = newterm(nullptr, stdout, stdin);
+  if (state.ncurses == nullptr) return false;
   if (!capability("cup").empty()) return true;
   endwin();
-  delscreen(std::exchange(the.screen, nullptr));
+  delscreen(std::exchange(state.ncurses, nullptr));
   return false;
 }
 
-// For the terminal that TERM names. A screen for another one goes before, since the library deletes the
-// windows of all its screens with one of them; but it stays where a new one could not be.
-bool start_library() {
-  Room& the = room();
-  if (the.screen != nullptr) {
+// Starts ncurses for the terminal that TERM names. The screen for another terminal is deleted first, because
+// delscreen() deletes the windows of all screens. It stays when no new one could be made.
+bool start_ncurses() {
+  Screen& state = screen();
+  if (state.ncurses != nullptr) {
     if (!described_for_a_screen()) return false;
-    delscreen(std::exchange(the.screen, nullptr));
+    delscreen(std::exchange(state.ncurses, nullptr));
   }
-  the.signals.set_aside();
-  the.signals.resume_library();
+  state.signals.install();
+  state.signals.install_ncurses_stop();
   if (!start_screen()) {
-    the.signals.give_back();
+    state.signals.restore();
     return false;
   }
-  the.terminal = terminal_name();
+  state.terminal = terminal_name();
   suspend_unseen();
   set_modes();
   repair_key_sequences();
-  the.own_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
+  state.sends_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
   crash_exit().forget_sequences();
   for (const char* name : {"sgr0", "rmcup", "rmkx"}) crash_exit().add(capability(name));
-  if (the.own_numeric_mode) crash_exit().add("\033>");
+  if (state.sends_numeric_mode) crash_exit().add("\033>");
   blank_window();
   adopt_size();
   return true;
 }
 
-void resume_library() {
-  room().signals.set_aside();
-  room().signals.resume_library();
+void resume_ncurses() {
+  screen().signals.install();
+  screen().signals.install_ncurses_stop();
   def_shell_mode();
   blank_window();
   wrefresh(stdscr);
@@ -289,69 +288,58 @@ void resume_library() {
   adopt_size();
 }
 
-// The keypad's application mode is for a terminal that the library could be started on.
-bool enter() {
-  if (room().screen != nullptr && room().terminal == terminal_name()) {
-    write_fully(STDOUT_FILENO, "\033=");
-    resume_library();
+// A failure is reported on standard error.
+bool enter_screen() {
+  constexpr std::string_view kKeypadApplicationMode = "\033=";
+  if (screen_was_started() && screen().terminal == terminal_name()) {
+    write_fully(STDOUT_FILENO, kKeypadApplicationMode);
+    resume_ncurses();
   } else {
-    if (!start_library()) return false;
-    write_fully(STDOUT_FILENO, "\033=");
+    if (!start_ncurses()) {
+      write_fully(STDERR_FILENO, "?Cannot start screen mode: " + terminal_name() + "\n");
+      return false;
+    }
+    write_fully(STDOUT_FILENO, kKeypadApplicationMode);
   }
   g_curses_active = true;
+  standard_input().read_across(); // lines typed ahead of the screen
   return true;
 }
 
-void report_failure() { write_fully(STDERR_FILENO, "?Cannot start screen mode: " + terminal_name() + "\n"); }
-
-// Held back while a key is looked for, so that none can arrive between the look and the wait for input.
-class SignalPause {
- public:
-  SignalPause() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGQUIT, SIGTERM, SIGHUP, SIGCONT, SIGWINCH})
-      sigaddset(&signals, signal);
-    sigprocmask(SIG_BLOCK, &signals, &before_);
-  }
-  ~SignalPause() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
-  SignalPause(const SignalPause&) = delete;
-  SignalPause& operator=(const SignalPause&) = delete;
-  const sigset_t* before() const { return &before_; }
-
- private:
-  sigset_t before_{};
-};
-
 std::optional<int> take_key(bool complete) {
   StandardInput& input = standard_input();
-  const auto key = room().keys.first(input.unread(), complete);
+  const auto key = screen().keys.first(input.unread(), complete);
   if (!key) return std::nullopt;
   input.take(key->length);
   return key->code;
 }
 
-// A key, KEY_RESIZE among them; nothing at the end of the input. A pending signal ends it.
-std::optional<int> wait_for_key() {
+// Waits for one event: input, a signal, or the end of the escape delay. False when no byte follows those that
+// have been read, because the delay or the input has ended.
+bool wait_for_bytes(const sigset_t& mask) {
   StandardInput& input = standard_input();
+  const int ready = input.wait(&mask, input.unread().empty() ? -1 : kEscapeDelay);
+  return ready > 0 ? input.read_key_bytes() : ready < 0;
+}
+
+// A key, KEY_RESIZE among them; nothing at the end of the input or when a signal asks the program to end.
+std::optional<int> wait_for_key() {
   make_interrupt_a_key();
   if (g_zan_pending_signal == 0)
     if (const auto key = take_key(false)) return key;
-  const SignalPause pause;
+  const HeldSignals held{SIGCONT, SIGWINCH}; // so that none arrives between these tests and the wait
   while (!screen_input_ended()) {
-    if (std::exchange(room().continued, 0) != 0) keypad(stdscr, TRUE); // the library leaves it off
-    const bool begun = !input.unread().empty();
-    if (!begun && adopt_size()) return KEY_RESIZE;
-    const int ready = input.wait(pause.before(), begun ? kEscapeDelay : -1);
-    const bool goes_on = ready > 0 ? input.read_key_bytes() : ready < 0;
-    if (const auto key = take_key(!goes_on)) return key;
+    if (std::exchange(screen().continued, 0) != 0) keypad(stdscr, TRUE); // ncurses does not turn it on again
+    if (standard_input().unread().empty() && adopt_size()) return KEY_RESIZE;
+    const bool more = wait_for_bytes(held.mask_before());
+    if (const auto key = take_key(!more)) return key;
   }
   return std::nullopt;
 }
 
 } // namespace
 
-bool screen_was_started() { return room().screen != nullptr; }
+bool screen_was_started() { return screen().ncurses != nullptr; }
 
 ScreenSize screen_size() {
   if (!screen_was_started()) return {};
@@ -360,41 +348,35 @@ ScreenSize screen_size() {
 
 void screen_beep() {
   if (!screen_was_started()) return;
-  ++room().bells;
+  ++screen().bells;
   beep();
 }
 
 void screen_flash() {
   if (!screen_was_started()) return;
-  ++room().bells;
+  ++screen().bells;
   flash();
 }
 
 ScreenVisit::ScreenVisit(bool pc_keypad) {
-  if (room().visits == 0) {
-    if (!enter()) {
-      report_failure();
-      return;
-    }
-    standard_input().read_across(); // lines typed ahead of the screen
-  }
-  started_ = true;
-  ++room().visits;
-  // In nokeypad mode too: the keypad's Enter ends the prompt, and no key leaves its sequence in the answer.
+  started_ = screen().visits > 0 || enter_screen();
+  if (!started_) return;
+  ++screen().visits;
+  // Nokeypad mode needs them too: Enter ends its prompt, and no escape sequence may get into the answer.
   register_key_sequences(pc_keypad);
-  room().keys.learn(key_meaning);
+  screen().keys.learn(key_meaning);
 }
 
 ScreenVisit::~ScreenVisit() {
-  if (!started_ || room().visits == 0 || --room().visits > 0) return;
-  // What is typed ahead is line mode's, but the terminal has taken it for keys: its Return is no line's end.
+  if (!started_ || screen().visits == 0 || --screen().visits > 0) return;
+  // Type-ahead belongs to line mode now, but its Return is a carriage return, which ends no line.
   standard_input().read_ahead();
   zan_safe_endwin();
   standard_input().read_across();
 }
 
 std::optional<int> read_key(const std::function<void()>& redraw) {
-  ++room().keys_asked_for;
+  ++screen().keys_asked_for;
   for (;;) {
     const auto key = wait_for_key();
     if (key != KEY_RESIZE) return key;
@@ -420,7 +402,7 @@ void pass_over_return() {
 void make_interrupt_a_signal() {
   termios modes{};
   if (!g_curses_active || !screen_reads_terminal() || tcgetattr(STDIN_FILENO, &modes) != 0) return;
-  room().modes_for_keys = modes;
+  screen().modes_for_keys = modes;
   modes.c_lflag |= ISIG | NOFLSH;
   for (const int other : kSignalCharacters) modes.c_cc[other] = _POSIX_VDISABLE;
   modes.c_cc[VINTR] = kCtrlC;
@@ -428,7 +410,7 @@ void make_interrupt_a_signal() {
 }
 
 void make_interrupt_a_key() {
-  const auto modes = std::exchange(room().modes_for_keys, std::nullopt);
+  const auto modes = std::exchange(screen().modes_for_keys, std::nullopt);
   if (modes && g_curses_active) tcsetattr(STDIN_FILENO, TCSANOW, &*modes);
 }
 
@@ -439,42 +421,43 @@ void retype_interrupt() {
 }
 
 void begin_repetition() {
-  room().interrupted = false;
-  room().next_look = Clock::now() + kLongRepetition;
+  screen().interrupted = false;
+  screen().next_check = Clock::now() + kLongRepetition;
 }
 
-void note_interrupt() { room().interrupted = true; }
+void note_interrupt() { screen().interrupted = true; }
 
 bool repetition_interrupted() {
-  Room& the = room();
-  if (the.interrupted || g_zan_pending_signal != 0) return true;
+  Screen& state = screen();
+  if (state.interrupted || g_zan_pending_signal != 0) return true;
   const auto now = Clock::now();
   StandardInput& input = standard_input();
-  if (!g_curses_active || !input.is_terminal() || now < the.next_look) return false;
-  the.next_look = now + kBetweenLooks;
+  if (!g_curses_active || !input.is_terminal() || now < state.next_check) return false;
+  state.next_check = now + kBetweenChecks;
   input.read_ahead();
   constexpr char kInterrupt = kCtrlC;
-  return the.interrupted = input.lost_terminal() || input.unread().find(kInterrupt) != std::string_view::npos;
+  return state.interrupted =
+             input.lost_terminal() || input.unread().find(kInterrupt) != std::string_view::npos;
 }
 
-std::uint64_t keys_asked_for() { return room().keys_asked_for; }
-std::uint64_t bells_rung() { return room().bells; }
+std::uint64_t keys_asked_for() { return screen().keys_asked_for; }
+std::uint64_t bells_rung() { return screen().bells; }
 
 } // namespace zan
 
 void zan_safe_endwin() {
   if (!g_curses_active) return;
   g_curses_active = false;
-  zan::room().visits = 0;
-  // The library gives the modes back only when all its output has been read.
-  if (g_zan_pending_signal != 0) zan::crash_exit().give_back_modes();
-  // Where the library cannot bring back what stood there before, line mode goes on in the lowest row.
+  zan::screen().visits = 0;
+  // endwin() would wait until all output has been read.
+  if (g_zan_pending_signal != 0) zan::crash_exit().restore_modes();
+  // Without an alternate screen, line mode goes on in the lowest row.
   if (zan::capability("rmcup").empty()) zan::show_bottom_row({}, 0);
   endwin();
-  if (zan::room().own_numeric_mode) zan::write_fully(STDOUT_FILENO, "\033>");
-  if (zan::output_is_cut_off()) { // then all that, or the end of it, went nowhere
+  if (zan::screen().sends_numeric_mode) zan::write_fully(STDOUT_FILENO, "\033>");
+  if (zan::output_is_cut_off()) { // some or all of that went to /dev/null
     zan::reconnect_output();
-    zan::crash_exit().give_back();
+    zan::crash_exit().restore_terminal();
   }
-  zan::room().signals.give_back();
+  zan::screen().signals.restore();
 }
