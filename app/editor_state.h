@@ -144,7 +144,7 @@ struct EditorState {
   std::set<std::string> running_macros;                 // the same names, for the recursion guard
 
   // ---- fields: history, newest last
-  static constexpr int kMaxHistory = 100; // snapshots of either kind; the oldest go
+  static constexpr int kHistoryLength = 100; // snapshots of either kind; the oldest go
   std::deque<UndoSnapshot> undo_stack;
   std::deque<UndoSnapshot> redo_stack;
 

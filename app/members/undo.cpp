@@ -7,7 +7,7 @@ namespace {
 
 void push_capped(std::deque<Editor::UndoSnapshot>& history, Editor::UndoSnapshot snapshot) {
   history.push_back(std::move(snapshot));
-  if (history.size() > Editor::kMaxHistory) history.pop_front();
+  if (history.size() > Editor::kHistoryLength) history.pop_front();
 }
 
 Editor::UndoSnapshot pop_newest(std::deque<Editor::UndoSnapshot>& history) {

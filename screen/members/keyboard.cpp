@@ -23,31 +23,30 @@ namespace {
 
 using Direction = Editor::Direction;
 
-// What a key does: a command line, run silently; a member; a member that goes in the current direction; or a
-// function of this file.
+// What a key does. One of the four is set, or none for a key without an action.
 struct Action {
-  const char* command = nullptr;
-  void (Editor::*member)() = nullptr;
-  void (Editor::*directed)(Direction) = nullptr;
-  void (*function)(Editor&) = nullptr;
+  const char* command_line = nullptr; // executed silently
+  void (Editor::*plain)() = nullptr;
+  void (Editor::*directed)(Direction) = nullptr; // gets the current direction
+  void (*local)(Editor&) = nullptr;              // a function of this file
 
   constexpr explicit operator bool() const {
-    return command != nullptr || member != nullptr || directed != nullptr || function != nullptr;
+    return command_line != nullptr || plain != nullptr || directed != nullptr || local != nullptr;
   }
   void operator()(Editor& editor) const {
-    if (command != nullptr) editor.execute_command(command, false);
-    else if (member != nullptr) (editor.*member)();
+    if (command_line != nullptr) editor.execute_command(command_line, false);
+    else if (plain != nullptr) (editor.*plain)();
     else if (directed != nullptr) (editor.*directed)(editor.direction);
-    else if (function != nullptr) function(editor);
+    else if (local != nullptr) local(editor);
   }
 };
 
-constexpr Action run(const char* command) { return {command, nullptr, nullptr, nullptr}; }
-constexpr Action call(void (Editor::*member)()) { return {nullptr, member, nullptr, nullptr}; }
-constexpr Action go(void (Editor::*member)(Direction)) { return {nullptr, nullptr, member, nullptr}; }
-constexpr Action perform(void (*function)(Editor&)) { return {nullptr, nullptr, nullptr, function}; }
+constexpr Action command(const char* line) { return {line, nullptr, nullptr, nullptr}; }
+constexpr Action member(void (Editor::*action)()) { return {nullptr, action, nullptr, nullptr}; }
+constexpr Action in_direction(void (Editor::*move)(Direction)) { return {nullptr, nullptr, move, nullptr}; }
+constexpr Action function(void (*action)(Editor&)) { return {nullptr, nullptr, nullptr, action}; }
 
-// ---- actions that are no command and no member
+// ---- actions that are neither a command nor a member
 
 void line_start(Editor& editor) { editor.cursor_col = 0; }
 void line_end(Editor& editor) { editor.cursor_col = editor.current.line_length(editor.cursor_row); }
@@ -108,7 +107,7 @@ void repaint(Editor&) { zan::screen_repaint(); }
 void fill(Editor& editor) { editor.fill_command("", false); }
 void quit(Editor& editor) { editor.handle_command_result(editor.execute_command("QUIT", false), true); }
 
-// The one key that ends screen mode.
+// For Ctrl/Z, on which handle_screen_key leaves screen mode.
 void to_line_mode(Editor& editor) { editor.status_message = "Command mode"; }
 
 // ---- the keyboard
@@ -122,72 +121,74 @@ struct Key {
 };
 
 constexpr auto kMainKeys = std::to_array<Key>({
-    {1, nullptr, perform(toggle_overstrike)},
-    {2, nullptr, perform(line_start)},
-    {zan::kCtrlC, nullptr, perform(abort_keys)},
-    {4, nullptr, perform(toggle_direction)},
-    {5, nullptr, perform(line_end)},
-    {6, nullptr, run("FNDNXT")},
-    {zan::kBackspaceByte, nullptr, perform(delete_left)},
-    {zan::kLinefeed, "RETURN", perform(delete_word_left)},
-    {11, nullptr, call(&Editor::interactive_define_key), "DEL EOL", run("DEL EOL")},
-    {12, nullptr, perform(repaint)},
-    {zan::kReturn, "RETURN", perform(split_line)},
-    {18, nullptr, perform(repaint)},
-    {20, nullptr, call(&Editor::change_case_char)},
-    {zan::kCtrlU, nullptr, perform(delete_to_line_start)},
-    {23, nullptr, perform(repaint)},
-    {zan::kCtrlZ, nullptr, perform(to_line_mode)},
-    {'N', nullptr, {}, "Line numbers", call(&Editor::toggle_line_numbers)},
-    {'Q', nullptr, {}, "QUIT", perform(quit)},
-    {'n', nullptr, {}, "Line numbers", call(&Editor::toggle_line_numbers)},
-    {'q', nullptr, {}, "QUIT", perform(quit)},
-    {zan::kDelete, nullptr, perform(delete_left)},
-    {zan::kDown, "DOWN", call(&Editor::move_down), "BOTTOM", run("BOTTOM")},
-    {zan::kUp, "UP", call(&Editor::move_up), "TOP", run("TOP")},
-    {zan::kLeft, "LEFT", call(&Editor::move_left), "Shift line left", call(&Editor::shift_left_line)},
-    {zan::kRight, "RIGHT", call(&Editor::move_right), "Shift line right", call(&Editor::shift_right_line)},
-    {zan::kHome, "HOME", perform(line_start)},
-    {zan::kBackspace, nullptr, perform(delete_left)},
-    {zan::kPf1, "PF1/F1", perform(gold), "GOLD", perform(gold)},
-    {zan::kPf2, "PF2/F2", call(&Editor::show_help_screen), "BOTTOM", run("BOTTOM")},
-    {zan::kPf3, "PF3/F3", run("FNDNXT"), "FIND", call(&Editor::prompt_find)},
-    {zan::kPf4, "PF4/F4", run("DEL L"), "UND L", run("UND L")},
-    {zan::kRemove, "DELETE", run("DEL C")},
-    {zan::kInsert, "INSERT", run("PASTE")},
-    {zan::kPageDown, "PGDN", call(&Editor::page_down)},
-    {zan::kPageUp, "PGUP", call(&Editor::page_up)},
-    {zan::kDo, nullptr, call(&Editor::command_prompt)},
-    {zan::kEnd, "END", perform(line_end)},
-    {zan::kFind, nullptr, run("FNDNXT")},
-    {zan::kSelect, nullptr, run("SELECT")},
+    {1, nullptr, function(toggle_overstrike)},
+    {2, nullptr, function(line_start)},
+    {zan::kCtrlC, nullptr, function(abort_keys)},
+    {4, nullptr, function(toggle_direction)},
+    {5, nullptr, function(line_end)},
+    {6, nullptr, command("FNDNXT")},
+    {zan::kBackspaceByte, nullptr, function(delete_left)},
+    {zan::kLinefeed, "RETURN", function(delete_word_left)},
+    {11, nullptr, member(&Editor::interactive_define_key), "DEL EOL", command("DEL EOL")},
+    {12, nullptr, function(repaint)},
+    {zan::kReturn, "RETURN", function(split_line)},
+    {18, nullptr, function(repaint)},
+    {20, nullptr, member(&Editor::change_case_char)},
+    {zan::kCtrlU, nullptr, function(delete_to_line_start)},
+    {23, nullptr, function(repaint)},
+    {zan::kCtrlZ, nullptr, function(to_line_mode)},
+    {'N', nullptr, {}, "Line numbers", member(&Editor::toggle_line_numbers)},
+    {'Q', nullptr, {}, "QUIT", function(quit)},
+    {'n', nullptr, {}, "Line numbers", member(&Editor::toggle_line_numbers)},
+    {'q', nullptr, {}, "QUIT", function(quit)},
+    {zan::kDelete, nullptr, function(delete_left)},
+    {zan::kDown, "DOWN", member(&Editor::move_down), "BOTTOM", command("BOTTOM")},
+    {zan::kUp, "UP", member(&Editor::move_up), "TOP", command("TOP")},
+    {zan::kLeft, "LEFT", member(&Editor::move_left), "Shift line left", member(&Editor::shift_left_line)},
+    {zan::kRight, "RIGHT", member(&Editor::move_right), "Shift line right",
+     member(&Editor::shift_right_line)},
+    {zan::kHome, "HOME", function(line_start)},
+    {zan::kBackspace, nullptr, function(delete_left)},
+    {zan::kPf1, "PF1/F1", function(gold), "GOLD", function(gold)},
+    {zan::kPf2, "PF2/F2", member(&Editor::show_help_screen), "BOTTOM", command("BOTTOM")},
+    {zan::kPf3, "PF3/F3", command("FNDNXT"), "FIND", member(&Editor::prompt_find)},
+    {zan::kPf4, "PF4/F4", command("DEL L"), "UND L", command("UND L")},
+    {zan::kRemove, "DELETE", command("DEL C")},
+    {zan::kInsert, "INSERT", command("PASTE")},
+    {zan::kPageDown, "PGDN", member(&Editor::page_down)},
+    {zan::kPageUp, "PGUP", member(&Editor::page_up)},
+    {zan::kDo, nullptr, member(&Editor::command_prompt)},
+    {zan::kEnd, "END", function(line_end)},
+    {zan::kFind, nullptr, command("FNDNXT")},
+    {zan::kSelect, nullptr, command("SELECT")},
 });
 
 constexpr auto kKeypadKeys = std::to_array<Key>({
-    {zan::kTab, "TAB", perform(tabulate)},
-    {zan::kEnter, nullptr, {}, "SUBSTITUTE", run("SUBSTITUTE")},
-    {zan::kA1, nullptr, call(&Editor::page_down), "COMMAND", call(&Editor::command_prompt)},
-    {zan::kA3, nullptr, call(&Editor::append_select), "REPLACE", call(&Editor::replace_select_with_paste)},
-    {zan::kB2, nullptr, run("BACKUP"), "TOP", run("TOP")},
-    {zan::kC1, nullptr, go(&Editor::move_word), "CHNGCASE", call(&Editor::change_case_char)},
-    {zan::kC3, nullptr, go(&Editor::move_char), "SPECINS", call(&Editor::prompt_insert_literal)},
-    {zan::kKp0, "KP0", go(&Editor::line_move), "OPEN LINE", call(&Editor::open_line)},
-    {zan::kKp1, "KP1", go(&Editor::move_word), "CHNGCASE", call(&Editor::change_case_char)},
-    {zan::kKp2, "KP2", perform(line_end), "DEL EOL", run("DEL EOL")},
-    {zan::kKp3, "KP3", go(&Editor::move_char), "SPECINS", call(&Editor::prompt_insert_literal)},
-    {zan::kKp4, "KP4", run("ADVANCE"), "BOTTOM", run("BOTTOM")},
-    {zan::kKp5, "KP5", run("BACKUP"), "TOP", run("TOP")},
-    {zan::kKp6, "KP6", run("CUT"), "PASTE", run("PASTE")},
-    {zan::kKp7, "KP7", call(&Editor::page_down), "COMMAND", call(&Editor::command_prompt)},
-    {zan::kKp8, "KP8", go(&Editor::section_move), "FILL", perform(fill)},
-    {zan::kKp9, "KP9", call(&Editor::append_select), "REPLACE", call(&Editor::replace_select_with_paste)},
-    {zan::kKpMinus, "KP-", run("DEL W"), "UND W", run("UND W")},
-    {zan::kKpComma, "KP,", run("DEL C"), "UND C", run("UND C")},
-    {zan::kKpPeriod, "KP.", run("SELECT"), "RESET", run("RESET")},
-    {zan::kKpEnter, "KPenter", perform(split_line), "SUBSTITUTE", run("SUBSTITUTE")},
+    {zan::kTab, "TAB", function(tabulate)},
+    {zan::kEnter, nullptr, {}, "SUBSTITUTE", command("SUBSTITUTE")},
+    {zan::kA1, nullptr, member(&Editor::page_down), "COMMAND", member(&Editor::command_prompt)},
+    {zan::kA3, nullptr, member(&Editor::append_select), "REPLACE",
+     member(&Editor::replace_select_with_paste)},
+    {zan::kB2, nullptr, command("BACKUP"), "TOP", command("TOP")},
+    {zan::kC1, nullptr, in_direction(&Editor::move_word), "CHNGCASE", member(&Editor::change_case_char)},
+    {zan::kC3, nullptr, in_direction(&Editor::move_char), "SPECINS", member(&Editor::prompt_insert_literal)},
+    {zan::kKp0, "KP0", in_direction(&Editor::line_move), "OPEN LINE", member(&Editor::open_line)},
+    {zan::kKp1, "KP1", in_direction(&Editor::move_word), "CHNGCASE", member(&Editor::change_case_char)},
+    {zan::kKp2, "KP2", function(line_end), "DEL EOL", command("DEL EOL")},
+    {zan::kKp3, "KP3", in_direction(&Editor::move_char), "SPECINS", member(&Editor::prompt_insert_literal)},
+    {zan::kKp4, "KP4", command("ADVANCE"), "BOTTOM", command("BOTTOM")},
+    {zan::kKp5, "KP5", command("BACKUP"), "TOP", command("TOP")},
+    {zan::kKp6, "KP6", command("CUT"), "PASTE", command("PASTE")},
+    {zan::kKp7, "KP7", member(&Editor::page_down), "COMMAND", member(&Editor::command_prompt)},
+    {zan::kKp8, "KP8", in_direction(&Editor::section_move), "FILL", function(fill)},
+    {zan::kKp9, "KP9", member(&Editor::append_select), "REPLACE", member(&Editor::replace_select_with_paste)},
+    {zan::kKpMinus, "KP-", command("DEL W"), "UND W", command("UND W")},
+    {zan::kKpComma, "KP,", command("DEL C"), "UND C", command("UND C")},
+    {zan::kKpPeriod, "KP.", command("SELECT"), "RESET", command("RESET")},
+    {zan::kKpEnter, "KPenter", function(split_line), "SUBSTITUTE", command("SUBSTITUTE")},
 });
 
-// Both in the order of their codes, for the lookup.
+// Sorted for the binary search.
 static_assert(std::ranges::is_sorted(kMainKeys, {}, &Key::code));
 static_assert(std::ranges::is_sorted(kKeypadKeys, {}, &Key::code));
 
@@ -227,8 +228,8 @@ void add_count_digit(Editor& editor, int digit) {
   editor.status_message = "GOLD " + std::to_string(count);
 }
 
-// What a GOLD function can change, as far as it is needed to see that it does nothing any more: every
-// function that edits moves the cursor or changes the size of the text until it settles.
+// State whose equality proves that a repetition changed nothing: a GOLD function that edits moves the cursor
+// or changes the size of a text as long as it has an effect.
 struct Trace {
   zan::Position cursor;
   std::uint64_t bytes = 0;
@@ -248,25 +249,26 @@ Trace trace_of(Editor& editor) {
           zan::keys_asked_for()};
 }
 
-// Nobody can tell how often something was done that has settled, or goes to and fro between two states, for
-// longer than the undo history remembers.
-class Settling {
+// Notices a repetition that has stopped changing anything, or alternates between two states. After more steps
+// than the undo history remembers, nobody can tell how many there were, only whether the number is even.
+class Alternation {
  public:
-  bool settled(const Trace& now) {
-    alike_ = now == before_last_ ? alike_ + 1 : 0;
-    before_last_ = std::exchange(last_, now);
-    return alike_ > kMemory;
+  bool lasts(const Trace& after_step) {
+    steps_ = after_step == before_last_ ? steps_ + 1 : 0;
+    before_last_ = std::exchange(last_, after_step);
+    return steps_ > kUndoable;
   }
 
  private:
-  static constexpr int kMemory = 204; // undo snapshots, two for every step and some to spare
+  // A step may take two undo snapshots; a few steps to spare.
+  static constexpr int kUndoable = 2 * Editor::kHistoryLength + 4;
   Trace last_;
   Trace before_last_;
-  int alike_ = 0;
+  int steps_ = 0;
 };
 
-// A function that rings has failed, and would again: once is enough. What rings at a prompt does not count.
-class Ringing {
+// A function that rings the bell has failed and would fail again. A bell at a prompt does not count.
+class FailureBell {
  public:
   bool rang() const { return zan::bells_rung() != bells_ && zan::keys_asked_for() == keys_; }
 
@@ -276,13 +278,13 @@ class Ringing {
 };
 
 bool repeat_gold(Editor& editor, int key, int count) {
-  Settling settling;
+  Alternation alternation;
   zan::begin_repetition();
-  for (int left = count; left > 0; --left) {
-    const Ringing ringing;
+  for (int left = count; left > 0;) {
+    const FailureBell bell;
     if (editor.handle_gold_key(key)) return true;
-    if (left == 1 || ringing.rang() || zan::repetition_interrupted()) break;
-    if (settling.settled(trace_of(editor))) left = 1 + (left - 1) % 2;
+    if (--left == 0 || bell.rang() || zan::repetition_interrupted()) break;
+    if (alternation.lasts(trace_of(editor))) left %= 2;
   }
   return false;
 }
@@ -339,7 +341,7 @@ std::string Editor::key_debug_name(int key) const {
   if (key >= 1 && key <= 26) return zan::key_description(std::string("^") + static_cast<char>(key + 64), key);
   if (zan::is_printable(key))
     return zan::key_description(std::string("'") + static_cast<char>(key) + "'", key);
-  // The library takes the name of any key with the code of those without a meaning.
+  // keyname() would make up a name for kIgnored.
   const char* name = key != zan::kIgnored ? keyname(key) : nullptr;
   return zan::key_description(name != nullptr ? name : "?", key);
 }

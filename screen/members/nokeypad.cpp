@@ -12,21 +12,21 @@ namespace {
 
 constexpr char kEscape = 27;
 
-// What is left of a command string, and the count before the word at hand.
+// The rest of a command string, and the count before the current word.
 struct Input {
   std::string_view rest;
   int count = 1;
 
-  std::string_view take(std::size_t length) {
-    const std::string_view taken = rest.substr(0, length);
-    rest.remove_prefix(taken.size());
-    return taken;
+  std::string_view cut(std::size_t length) {
+    const std::string_view front = rest.substr(0, length);
+    rest.remove_prefix(front.size());
+    return front;
   }
-  // What stands before the next `stop`, or all; a stop is passed over.
-  std::string_view take_until(char stop) {
-    const std::string_view taken = take(rest.find(stop));
-    take(1);
-    return taken;
+  // Cuts off what is before the next `stop`, or all of it, and the stop itself.
+  std::string_view cut_through(char stop) {
+    const std::string_view before = cut(rest.find(stop));
+    cut(1);
+    return before;
   }
 };
 
@@ -34,13 +34,13 @@ using Action = void (*)(Editor&, Input&);
 
 struct Word {
   std::array<std::string_view, 3> forms; // the longest first
-  Action run;                            // null: leaves the string
+  Action action;                         // null: ends nokeypad mode
 };
 
 // Ctrl/C is a signal at the prompt and a key on the screen.
 bool interrupted() { return g_zan_abort_requested != 0 || zan::repetition_interrupted(); }
 
-// Repeats a movement. Once it stays in place it always will.
+// Repeats a movement until it has no effect.
 template <typename Move> void move_repeatedly(Editor& editor, const Input& input, Move move) {
   for (int i = 0; i < input.count && !interrupted(); ++i) {
     const zan::Position before{editor.cursor_row, editor.cursor_col};
@@ -49,7 +49,7 @@ template <typename Move> void move_repeatedly(Editor& editor, const Input& input
   }
 }
 
-// Repeats a deletion until `done` says that another one would change nothing that can be seen.
+// Repeats a deletion until `done` says that another one would have no visible effect.
 template <typename Done>
 void delete_repeatedly(Editor& editor, const Input& input, void (Editor::*remove)(), Done done) {
   editor.begin_undo_unit();
@@ -62,10 +62,9 @@ void delete_repeatedly(Editor& editor, const Input& input, void (Editor::*remove
 
 void change_case(Editor& editor, Input& input) {
   editor.begin_undo_unit();
-  // At the line's end nothing moves any more, but each repetition still leaves a snapshot, of which the
-  // history keeps a hundred.
+  // At the end of the line nothing moves any more, but each repetition still takes an undo snapshot.
   int idle = 0;
-  for (int i = 0; i < input.count && idle <= Editor::kMaxHistory && !interrupted(); ++i) {
+  for (int i = 0; i < input.count && idle <= Editor::kHistoryLength && !interrupted(); ++i) {
     const std::uint64_t col = editor.cursor_col;
     const bool selected = editor.select_active();
     editor.change_case_char();
@@ -92,24 +91,24 @@ void delete_lines(Editor& editor, Input& input) {
 void find(Editor& editor, Input& input) {
   std::string_view target;
   if (!input.rest.empty() && zan::is_punct(input.rest.front())) {
-    target = input.take_until(input.take(1).front());
+    target = input.cut_through(input.cut(1).front());
   } else {
     const auto blank = std::ranges::find_if(input.rest, zan::is_space);
-    target = input.take(static_cast<std::size_t>(blank - input.rest.begin()));
+    target = input.cut(static_cast<std::size_t>(blank - input.rest.begin()));
   }
   if (!target.empty()) editor.search_string = target;
   editor.find_next(editor.direction);
 }
 
 void insert(Editor& editor, Input& input) {
-  const std::string_view text = input.take_until(kEscape);
+  const std::string_view text = input.cut_through(kEscape);
   editor.begin_undo_unit();
   editor.paste_text(Editor::Text::from_text(text));
 }
 
 void turn_page(Editor& e) { e.direction == Editor::Direction::Backup ? e.page_up() : e.page_down(); }
 
-template <auto Member> void once(Editor& editor, Input&) { (editor.*Member)(); }
+template <auto Member> void do_once(Editor& editor, Input&) { (editor.*Member)(); }
 
 template <auto Member> void move_by(Editor& editor, Input& input) {
   move_repeatedly(editor, input, [](Editor& e) { (e.*Member)(e.direction); });
@@ -117,19 +116,19 @@ template <auto Member> void move_by(Editor& editor, Input& input) {
 
 template <Editor::Direction direction> void turn(Editor& editor, Input&) { editor.direction = direction; }
 
-// The order is meaning: the first word that the string begins with is the command, whatever follows.
+// The order matters: the first word that the string begins with is the command, whatever follows.
 constexpr auto kWords = std::to_array<Word>({
     {{"EXIT", "EXT", "EX"}, nullptr},
     {{"CHNGCASE", "CHGC"}, change_case},
-    {{"RESET", "CLSS"}, once<&Editor::reset_state>},
+    {{"RESET", "CLSS"}, do_once<&Editor::reset_state>},
     {{"ADVANCE", "ADV"}, turn<Editor::Direction::Advance>},
     {{"BACKUP", "BACK"}, turn<Editor::Direction::Backup>},
-    {{"APPEND"}, once<&Editor::append_select>},
-    {{"PASTE"}, once<&Editor::paste>},
-    {{"SELECT", "SEL"}, once<&Editor::start_select>},
-    {{"BOTTOM"}, once<&Editor::go_bottom>},
-    {{"TOP"}, once<&Editor::go_top>},
-    {{"CUT"}, once<&Editor::cut_select>},
+    {{"APPEND"}, do_once<&Editor::append_select>},
+    {{"PASTE"}, do_once<&Editor::paste>},
+    {{"SELECT", "SEL"}, do_once<&Editor::start_select>},
+    {{"BOTTOM"}, do_once<&Editor::go_bottom>},
+    {{"TOP"}, do_once<&Editor::go_top>},
+    {{"CUT"}, do_once<&Editor::cut_select>},
     {{"PAGE", "V"}, [](Editor& e, Input& input) { move_repeatedly(e, input, turn_page); }},
     {{"EOL"}, [](Editor& e, Input&) { e.cursor_col = e.current.line_length(e.cursor_row); }},
     {{"BOL", "BL"}, [](Editor& e, Input&) { e.cursor_col = 0; }},
@@ -145,11 +144,11 @@ constexpr auto kWords = std::to_array<Word>({
     {{"INSERT", "I"}, insert},
 });
 
-// The count before a word, which is taken: at least 1, and no more than an int holds.
-int take_count(Input& input) {
+// Cuts off the count before a word: at least 1, and no more than an int holds.
+int cut_count(Input& input) {
   std::int64_t count = 0;
   while (!input.rest.empty() && zan::is_digit(input.rest.front()))
-    count = std::min<std::int64_t>(count * 10 + (input.take(1).front() - '0'), INT_MAX);
+    count = std::min<std::int64_t>(count * 10 + (input.cut(1).front() - '0'), INT_MAX);
   return static_cast<int>(std::max<std::int64_t>(count, 1));
 }
 
@@ -159,12 +158,12 @@ bool stopped(Editor& editor, bool verbose) {
   return true;
 }
 
-// The word that the string begins with, which is taken.
-const Word* take_word(Input& input) {
+// Cuts off the word that the string begins with.
+const Word* cut_word(Input& input) {
   for (const Word& word : kWords) {
     for (const std::string_view form : word.forms) {
       if (form.empty() || !zan::starts_with_ci(input.rest, form)) continue;
-      input.take(form.size());
+      input.cut(form.size());
       return &word;
     }
   }
@@ -177,20 +176,20 @@ bool Editor::execute_nokeypad_string(const std::string& commands, bool verbose) 
   const AbortGuard guard;
   zan::begin_repetition();
   for (Input input{commands}; !stopped(*this, verbose);) {
-    while (!input.rest.empty() && zan::is_space(input.rest.front())) input.take(1);
+    while (!input.rest.empty() && zan::is_space(input.rest.front())) input.cut(1);
     if (input.rest.empty()) return false;
-    input.count = take_count(input);
-    const Word* word = take_word(input);
+    input.count = cut_count(input);
+    const Word* word = cut_word(input);
     if (word == nullptr) {
       status_message = "Unknown nokeypad command";
       say(verbose, "?Unknown nokeypad cmd near: ", input.rest, "\n");
       return false;
     }
-    if (word->run == nullptr) {
+    if (word->action == nullptr) {
       status_message = "Command mode";
       return true;
     }
-    word->run(*this, input);
+    word->action(*this, input);
   }
   return false;
 }
