@@ -1,6 +1,8 @@
 #include "screen/picture.h"
 
 #include <algorithm>
+#include <limits>
+#include <span>
 #include <utility>
 
 #include "text/bytes.h"
@@ -12,7 +14,7 @@ namespace {
 constexpr int kTabStop = 8;
 constexpr int kBottomRows = 3; // a line of dashes, the status, the message
 
-// One row while it is written, a glyph for every column.
+// One row under construction, a glyph for each column.
 class RowCells {
  public:
   explicit RowCells(int columns) : columns_(static_cast<std::size_t>(std::max(columns, 0))) {}
@@ -30,7 +32,7 @@ class RowCells {
     for (std::size_t i = 1; i < columns; ++i) put(i < wide ? "" : " ", reverse);
     return true;
   }
-  void put_each(std::string_view glyphs, bool reverse) {
+  void put_each(std::string_view glyphs, bool reverse = false) {
     for (const char& c : glyphs) put({&c, 1}, reverse);
   }
   void tab(bool reverse) {
@@ -41,9 +43,11 @@ class RowCells {
   void to_start() { column_ = 0; }
   void back() { column_ -= column_ > 0 ? 1 : 0; }
 
-  std::vector<Run> runs() const {
+  // Those from column `first` on. A blank replaces the second half of a glyph.
+  std::vector<Run> runs(std::size_t first = 0) const {
     std::vector<Run> result;
-    for (const Run& cell : cells_) {
+    if (first > 0 && first < cells_.size() && cells_[first].text.empty()) result.push_back({" "});
+    for (const Run& cell : std::span(cells_).subspan(first)) {
       if (result.empty() || result.back().reverse != cell.reverse) result.push_back({"", cell.reverse});
       result.back().text += cell.text;
     }
@@ -51,7 +55,7 @@ class RowCells {
   }
 
  private:
-  // What is overwritten in part is gone as a whole. A cell without text continues the glyph before it.
+  // A wide glyph that is overwritten in part becomes blanks. A cell without text is the second half of one.
   void break_up(std::size_t column) {
     while (column > 0 && cells_[column].text.empty()) --column;
     do cells_[column++].text = " ";
@@ -72,7 +76,7 @@ void put_byte(RowCells& cells, char c, bool utf8, bool reverse) {
   else cells.put_each(visible_byte(c), reverse);
 }
 
-// Text of one column a byte, most of what is ever shown, needs no cell for each column.
+// Most text takes one column a byte: then no cells are needed.
 bool is_ascii(std::string_view text) {
   return std::ranges::all_of(text, [](char c) { return c >= ' ' && c <= '~'; });
 }
@@ -96,7 +100,7 @@ std::string line_number(const ScreenView& view, std::uint64_t row) {
   return view.line_numbers ? std::to_string(row + 1) + " " : std::string();
 }
 
-// Columns from the left edge of the screen to the cursor; negative when it is left of it.
+// The cursor's column on the screen; negative when it is left of it.
 std::int64_t cursor_column(const ScreenView& view, std::uint64_t left_col) {
   return static_cast<std::int64_t>(line_number(view, view.cursor.row).size()) +
          static_cast<std::int64_t>(view.cursor.col) - static_cast<std::int64_t>(left_col);
@@ -164,8 +168,11 @@ std::uint64_t update_line(PictureRow& shown, const ScreenView& view, std::uint64
   return end;
 }
 
-// A text of the program's own, in which characters stand side by side.
-void put_plain(RowCells& cells, std::string_view text, CharacterWidth width, bool reverse) {
+// A text of the program's own: its characters stand side by side. `put_other` is for a byte that is no part
+// of a character with a width.
+template <typename PutOther>
+void put_characters(RowCells& cells, std::string_view text, CharacterWidth width, bool reverse,
+                    PutOther put_other) {
   while (!text.empty()) {
     const auto [code, length] = width != nullptr ? utf8_character(text) : Utf8Character{};
     const int wide = length > 0 ? width(code) : 0;
@@ -173,10 +180,14 @@ void put_plain(RowCells& cells, std::string_view text, CharacterWidth width, boo
     if (wide > 0 && cells.put_wide(text.substr(0, length), columns, columns, reverse)) {
       text.remove_prefix(length);
     } else {
-      put_byte(cells, text.front(), width != nullptr, reverse);
+      put_other(text.front());
       text.remove_prefix(1);
     }
   }
+}
+
+void put_plain(RowCells& cells, std::string_view text, CharacterWidth width, bool reverse) {
+  put_characters(cells, text, width, reverse, [&](char c) { put_byte(cells, c, width != nullptr, reverse); });
 }
 
 struct PlainText {
@@ -194,7 +205,7 @@ PlainText plain_text(const ScreenView& view, std::string_view text) {
   return {cells.runs(), cells.column()};
 }
 
-// `above` written over `below`, of which the rest stays.
+// `above` written over `below`, whose end stays.
 std::vector<Run> overwrite(const ScreenView& view, const std::vector<Run>& below,
                            const std::vector<Run>& above) {
   RowCells cells(view.columns);
@@ -209,7 +220,7 @@ void update_plain_row(PictureRow& shown, const ScreenView& view, std::string_vie
   update_row(shown, text, 0, 0, [&] { return plain_text(view, text).runs; });
 }
 
-// One of the rows below the text. On a very low terminal it lies over a row of the text.
+// One of the rows below the text. On a very low terminal it overwrites a row of the text.
 void update_bottom_row(Picture& picture, const ScreenView& view, int row, std::string_view text) {
   if (row < 0 || row >= view.rows) return;
   PictureRow& shown = picture.rows[static_cast<std::size_t>(row)];
@@ -315,6 +326,15 @@ std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin,
       put_byte(cells, bytes[i], width != nullptr, reversed(i));
   }
   return cells.runs();
+}
+
+PromptRow prompt_row(std::string_view prompt, std::string_view answer, int columns, CharacterWidth width) {
+  RowCells cells(std::numeric_limits<int>::max());
+  cells.put_each(prompt);
+  put_characters(cells, answer, width, false,
+                 [&](char c) { cells.put_each(c >= ' ' && c <= '~' ? std::string(1, c) : visible_byte(c)); });
+  const std::size_t shown = std::min(cells.column(), static_cast<std::size_t>(std::max(columns - 1, 0)));
+  return {cells.runs(cells.column() - shown), static_cast<int>(shown)};
 }
 
 std::string visible_byte(char c) {

@@ -8,11 +8,11 @@
 
 #include "text/line_store.h"
 
-// The screen as a value: what stands on every row of the terminal, and where the cursor is.
+// The screen as a value: the rows of the terminal, and the cursor's place.
 namespace zan {
 
-// Columns of a character on the terminal: 1 or 2, less when it has none of its own. Null: the terminal shows
-// ASCII only.
+// The columns of a character on the terminal: 1 or 2; less when it has none of its own, as a combining one.
+// Null: the terminal shows ASCII only.
 using CharacterWidth = int (*)(char32_t character);
 
 struct Run {
@@ -29,7 +29,7 @@ struct ScreenCell {
 
 struct PictureRow {
   std::vector<Run> runs;
-  std::string bytes; // of the text or the message, which the runs were made from
+  std::string bytes; // that the runs were made from
   std::size_t reverse_begin = 0;
   std::size_t reverse_end = 0;
   bool changed = true; // since it was drawn
@@ -73,21 +73,29 @@ struct ScreenView {
 
 int text_rows(const ScreenView& view);
 
-// The corner that brings the cursor into the visible part, moved no further than that takes.
+// The corner moved just far enough to make the cursor visible.
 Corner corner_for_cursor(const ScreenView& view);
 
-// Makes a picture of `view` out of the one before, or out of an empty one. What a row costs depends on the
-// terminal's width, not on the line's length; a row of the same bytes as before is left alone.
+// Turns the previous picture, or an empty one, into the picture of `view`. A row of the same bytes as before
+// is left alone. The cost of a row depends on the terminal's width, not on the line's length.
 void update_picture(Picture& picture, const ScreenView& view);
 
-// `bytes` as they appear from column 0 of a row of `columns`, with bytes reverse_begin to reverse_end in
-// reverse video: a tab moves to the next multiple of eight, a carriage return to the start of the row and a
-// backspace one back, other control bytes become ^X.
-// A UTF-8 character takes as many columns as it has bytes, blank where it is narrower, so that a byte of the
-// text has its column. Where it cannot be shown as a whole (cut by an edge or by the reversed part, no column
-// of its own, not UTF-8), each of its bytes is a "?". On a terminal of ASCII they become M-X or ~X.
+// `bytes` as they appear on a row of `columns`, with bytes reverse_begin to reverse_end in reverse video. A
+// tab moves to the next multiple of eight, a carriage return to the start of the row, a backspace one column
+// back. Other control bytes become ^X. A UTF-8 character takes as many columns as it has bytes, padded with
+// blanks, so that each byte of the text has a column of its own. Each byte of a character that cannot be
+// shown as a whole becomes a "?": one that is cut by an edge or by the reversed part, has no width, or is not
+// UTF-8. On an ASCII terminal its bytes become M-X or ~X.
 std::vector<Run> display_runs(std::string_view bytes, std::size_t reverse_begin, std::size_t reverse_end,
                               int columns, CharacterWidth width);
+
+// A prompt and the answer typed so far, without the last column of the row, which is the cursor's: only the
+// tail when not all of it fits. Control bytes of the answer appear as ^X.
+struct PromptRow {
+  std::vector<Run> runs;
+  int columns = 0; // that they take
+};
+PromptRow prompt_row(std::string_view prompt, std::string_view answer, int columns, CharacterWidth width);
 
 // The printable form of a byte that has none of its own: ^X, ~X or M-X.
 std::string visible_byte(char c);

@@ -11,11 +11,11 @@
 namespace {
 
 void show_prompt(const zan::PromptEditor& line, std::string_view prompt) {
-  const auto runs = line.shown(prompt, zan::screen_size().columns, zan::character_width());
-  zan::show_bottom_row(runs, static_cast<int>(runs.size()));
+  const auto row = zan::prompt_row(prompt, line.answer(), zan::screen_size().columns, zan::character_width());
+  zan::show_bottom_row(row.runs, row.columns);
 }
 
-// A key that the editor's own screen waits for.
+// Draws the screen and waits for a key.
 std::optional<int> read_editor_key(Editor& editor) {
   editor.draw_screen();
   return zan::read_key([&] { editor.draw_screen(); });
@@ -39,8 +39,8 @@ zan::TypedLine zan::read_screen_line(Editor& editor, std::string_view prompt, st
     const auto key = read_key(redraw);
     if (!key) return {};
     const bool ends_here = key == kCtrlZ && line.answer().empty() && screen_reads_terminal();
-    const auto outcome = line.take(*key);
-    // Of what comes faster than anybody types, one bell is enough.
+    const auto outcome = line.type(*key);
+    // A refused paste rings the bell once.
     const bool follows = std::exchange(refused, outcome == PromptEditor::Outcome::refused) && key_waiting();
     if (refused && !follows) screen_beep();
     if (ends_here) pass_over_return();

@@ -170,13 +170,24 @@ TEST(Prompt, KeysMakeAnAnswer) {
   for (const Case& row : cases) {
     zan::PromptEditor line;
     Outcome last = Outcome::going;
-    for (const int key : row.keys) last = line.take(key);
+    for (const int key : row.keys) last = line.type(key);
     EXPECT_EQ(last, row.last) << row.answer;
     EXPECT_EQ(line.answer(), row.answer);
   }
   zan::PromptEditor line;
-  for (int i = 0; i < 511; ++i) EXPECT_EQ(line.take('0' + i % 10), Outcome::going);
-  EXPECT_EQ(line.take('x'), Outcome::refused);
+  for (int i = 0; i < 511; ++i) EXPECT_EQ(line.type('0' + i % 10), Outcome::going);
+  EXPECT_EQ(line.type('x'), Outcome::refused);
   EXPECT_EQ(line.answer().size(), 511U);
-  EXPECT_EQ(text_of(line.shown("Command: ", 20, width_of)), "2345678901234567890");
+  EXPECT_EQ(text_of(zan::prompt_row("Command: ", line.answer(), 20, width_of).runs), "2345678901234567890");
+  const auto shown = [](std::string_view answer, int columns) {
+    const zan::PromptRow row = zan::prompt_row("> ", answer, columns, width_of);
+    return text_of(row.runs) + "|" + std::to_string(row.columns);
+  };
+  EXPECT_EQ(shown("a\t\xe4\xb8\xad\xff", 20), "> a^I\xe4\xb8\xad~?|9");
+  EXPECT_EQ(shown("a\xe4\xb8\xad"
+                  "bc",
+                  4),
+            " bc|3")
+      << "half a character";
+  EXPECT_EQ(shown("abc", 1), "|0");
 }
