@@ -15,10 +15,10 @@ namespace {
 
 using Row = std::vector<Run>;
 
-// What the library's window holds, so that what stays the same is not written again.
+// What the ncurses window holds, so that rows are not written to it again.
 struct Window {
-  Picture picture;       // its rows that are not marked as changed stand in the window
-  std::vector<Row> rows; // missing ones are blank
+  Picture picture;       // the window shows its rows, except those marked as changed
+  std::vector<Row> rows; // as they were last written; missing ones are blank
 
   Row& row(std::size_t index) {
     if (index >= rows.size()) rows.resize(index + 1);
@@ -31,7 +31,7 @@ Window& window() {
   return the_window;
 }
 
-// The bytes of ASCII, and so the columns, with which both rows begin.
+// The length of the ASCII text with which both rows begin.
 std::size_t common_columns(const Row& a, const Row& b) {
   if (a.empty() || b.empty() || a.front().reverse != b.front().reverse) return 0;
   const std::string& text = b.front().text;
@@ -40,8 +40,8 @@ std::size_t common_columns(const Row& a, const Row& b) {
   return static_cast<std::size_t>(beyond - text.begin());
 }
 
-// Row by row from the top, each cleared from the first change on: what does not fit never spills onto a row
-// that is drawn.
+// Rows are written from the top down. Each is cleared from the first change on, so that the end of a row that
+// does not fit cannot spill onto one that has been written.
 void put_row(int row, const Row& runs) {
   Row& before = window().row(static_cast<std::size_t>(row));
   std::size_t unchanged = common_columns(before, runs);
@@ -97,7 +97,7 @@ void show_page(std::span<const std::string_view> rows) {
     if (wmove(stdscr, static_cast<int>(i), 0) != ERR)
       waddnstr(stdscr, rows[i].data(), static_cast<int>(rows[i].size()));
   wrefresh(stdscr);
-  blank_window(); // what the page holds is not known row by row
+  blank_window(); // the next drawing must not rely on the rows of this one
 }
 
 void blank_window() {

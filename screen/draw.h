@@ -5,16 +5,17 @@
 
 #include "screen/picture.h"
 
-// Puts things on the terminal.
+// Draws on the terminal.
 namespace zan {
 
-void blank_window();              // what is drawn next is drawn on a blank screen
-void screen_repaint();            // the next drawing sends every row anew
+void blank_window();              // the next drawing starts from a blank screen
+void screen_repaint();            // the next drawing sends every row again
 CharacterWidth character_width(); // null: the terminal does not show UTF-8
 void show_view(const ScreenView& view);
-// On the lowest row, with the cursor at `column`.
+// Draws the lowest row, with the cursor at `column`.
 void show_bottom_row(const std::vector<Run>& runs, int column);
-// Each text from column 0 of its own row on, unbounded; those below the last row are left out.
+// Draws each text on a row of its own. A text that is too long wraps onto the next row, whose own text then
+// overwrites the rest. Texts below the last row are left out.
 void show_page(std::span<const std::string_view> rows);
 
 } // namespace zan

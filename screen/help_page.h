@@ -5,8 +5,7 @@
 
 namespace zan {
 
-// The page of PF2 below its heading, a text per row. A narrow terminal wraps a text onto the next row, whose
-// own one then goes over it.
+// The help page of PF2 without its heading, one text a row.
 inline constexpr auto kHelpPage = std::to_array<std::string_view>({
     "",
     "GOLD = PF1 or F1 (Esc O P). Not Num Lock - map Num Lock->PF1 in the terminal if desired.",

@@ -3,8 +3,7 @@
 #include <string>
 #include <string_view>
 
-// Codes of the keys as the screen library delivers them: a byte, one of its own codes, or one of the fourteen
-// that are registered for the keypad.
+// Codes of keys: a byte, a code of ncurses, or one of the fourteen codes defined here for the keypad.
 namespace zan {
 
 inline constexpr int kCtrlC = 3;
@@ -31,7 +30,7 @@ inline constexpr int kInsert = 331;
 inline constexpr int kPageDown = 338;
 inline constexpr int kPageUp = 339;
 inline constexpr int kEnter = 343;
-inline constexpr int kA1 = 348; // the keypad's corners and centre, where a terminal's description knows them
+inline constexpr int kA1 = 348; // to kC3: the keypad's corners and centre in some terminal descriptions
 inline constexpr int kA3 = 349;
 inline constexpr int kB2 = 350;
 inline constexpr int kC1 = 351;
@@ -40,7 +39,7 @@ inline constexpr int kDo = 357;
 inline constexpr int kEnd = 360;
 inline constexpr int kFind = 362;
 inline constexpr int kSelect = 385;
-inline constexpr int kKp0 = 512; // to kKp9: the keypad in application mode
+inline constexpr int kKp0 = 512; // to kKpEnter: the keypad in application mode
 inline constexpr int kKp1 = 513;
 inline constexpr int kKp2 = 514;
 inline constexpr int kKp3 = 515;
@@ -54,11 +53,11 @@ inline constexpr int kKpMinus = 522;
 inline constexpr int kKpComma = 523;
 inline constexpr int kKpPeriod = 524;
 inline constexpr int kKpEnter = 525;
-inline constexpr int kIgnored = 4000; // above every code of the library: a key without a meaning
+inline constexpr int kIgnored = 4000; // above every code of ncurses: a recognised sequence without a function
 
 constexpr bool is_printable(int key) { return key >= 32 && key <= 126; }
 
-// The name under which a user's definition of the key is kept; "" for a key that cannot be defined.
+// The name by which DEFINE KEY refers to the key; "" for a key that cannot be defined.
 std::string key_identifier(int key, bool gold);
 
 // "name  (code 265 / 0x109)", at most 63 bytes.

@@ -5,8 +5,8 @@
 #include <xlocale.h>
 #endif
 
-// The screen library asks the C library's locale for characters beyond ASCII, while the program's own tests
-// of bytes must not depend on it: so the locale is changed for as long as something is put on the terminal.
+// ncurses interprets bytes beyond ASCII by the current locale, while the program's own tests of bytes must
+// not depend on it. So the locale is switched only while something is drawn.
 namespace zan {
 
 class ScopedLocale {
@@ -27,8 +27,8 @@ inline locale_t users_locale() {
   return locale;
 }
 
-// For the start of the library: it then sends every character itself, instead of asking the terminal to
-// repeat one, which not every emulator does right in the last columns.
+// In a UTF-8 locale ncurses does not use REP, which some emulators get wrong in the last columns. It decides
+// this when it starts.
 inline locale_t unicode_locale() {
   static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", locale_t{});
   return locale != locale_t{} ? locale : users_locale();

@@ -393,7 +393,7 @@ bool screen_input_ended() { return g_zan_pending_signal != 0 || standard_input()
 
 bool screen_reads_terminal() { return standard_input().is_terminal(); }
 
-void pass_over_return() {
+void discard_return() {
   StandardInput& input = standard_input();
   if (input.unread().empty() && input.waits()) input.read_key_bytes();
   if (input.unread().starts_with(static_cast<char>(kReturn))) input.take(1);

@@ -4,13 +4,12 @@
 #include <functional>
 #include <optional>
 
-// What the rest of the program needs of the screen library, without including it.
+// What the rest of the program needs of ncurses, without including it.
 
-// True from the start of the screen library to zan_safe_endwin: the terminal is the screen's. A crash gives
-// it back as well.
+// True while the screen owns the terminal: from the start of a visit to zan_safe_endwin.
 extern bool g_curses_active;
 
-// Gives the terminal back to line mode, when the screen has it. May be called any number of times.
+// Returns the terminal to line mode if the screen owns it. May be called any number of times.
 void zan_safe_endwin();
 
 namespace zan {
@@ -21,14 +20,14 @@ struct ScreenSize {
   bool operator==(const ScreenSize&) const = default;
 };
 
-bool screen_was_started(); // the screen library has been started in this run
-// The terminal's size while the screen runs, the last one after it, 24 x 80 before the first time.
+bool screen_was_started(); // ncurses has been started in this run
+// The terminal's size while the screen runs; its last size afterwards; 24 x 80 before the first visit.
 ScreenSize screen_size();
 void screen_beep();
 void screen_flash();
 
-// While one lives, the terminal is the screen's. A visit inside another one leaves the terminal to the outer
-// one at its end. A screen that cannot be started is reported on standard error, and the visit is false.
+// The screen owns the terminal while a visit lives. Visits nest: only the outermost starts and ends the
+// screen. If it cannot be started, that is reported on standard error and the visit is false.
 class ScreenVisit {
  public:
   explicit ScreenVisit(bool pc_keypad);
@@ -41,28 +40,29 @@ class ScreenVisit {
   bool started_ = false;
 };
 
-// The next key, waiting for it; nothing when the input has ended, the terminal has gone, or a signal asks the
-// program to end. A new size of the terminal is no key: `redraw` is called and the wait goes on.
+// Waits for the next key. Nothing when the input has ended, the terminal has gone, or a signal asks the
+// program to end. When the terminal's size changes, `redraw` is called and the wait continues.
 std::optional<int> read_key(const std::function<void()>& redraw);
-bool key_waiting(); // read_key would return at once, or soon
+bool key_waiting(); // read_key would return at once, or within the escape delay
 bool screen_input_ended();
 bool screen_reads_terminal(); // not a pipe or a file
-void pass_over_return();      // if it is the next key, and has been typed already
+void discard_return();        // if Return is the next key and has been typed already
 
-// From now on, while the screen reads a terminal, Ctrl/C is the signal that it is in line mode, so that it
-// can end a wait for a file, or a long search. The next wait for a key ends this too.
+// From now on, while the screen reads a terminal, Ctrl/C sends SIGINT, as in line mode, so that it can end a
+// wait for a file or a long search. The next wait for a key makes it a key again.
 void make_interrupt_a_signal();
 void make_interrupt_a_key();
-// The signal has been answered: Ctrl/C is typed again, behind the keys that have arrived.
+// After the signal has been handled: appends Ctrl/C to the type-ahead, so that it is a key as well.
 void retype_interrupt();
 
-// Ctrl/C ends a long repetition ahead of the keys typed before it. It stays among them, so that it is handled
-// when its turn comes. begin_repetition is called before, note_interrupt when Ctrl/C has answered a prompt.
-// Interrupted is also a repetition whose terminal has gone, or whose program is asked to end.
+// Ctrl/C ends a long repetition even when other keys were typed before it. It stays in the type-ahead and is
+// handled as a key in its turn. Call begin_repetition before the repetition, and note_interrupt when Ctrl/C
+// has cancelled a prompt. A repetition is also interrupted when the terminal has gone or a signal asks the
+// program to end.
 void begin_repetition();
 void note_interrupt();
 bool repetition_interrupted();
-// What a repetition does although the editor stays the same.
+// Effects of a repetition that leave the editor's state unchanged.
 std::uint64_t keys_asked_for();
 std::uint64_t bells_rung();
 

@@ -2,8 +2,8 @@
 
 namespace zan {
 
-// The description of the terminal that TERM names exists and can place the cursor, as a screen needs it. For
-// when the screen library runs already, whose state stays what it was.
+// Whether the terminal that TERM names has a description and can place the cursor. For use while ncurses
+// runs: its state does not change.
 bool described_for_a_screen();
 
 } // namespace zan

@@ -12,7 +12,7 @@ char flip_case(char c) {
   return zan::is_upper(c) ? zan::to_lower(c) : c;
 }
 
-// A byte that no line has there, such as one left of a cursor beyond the line's end, is left alone.
+// Does nothing beyond the line's end.
 void flip_byte(TextBuffer& buffer, std::uint64_t row, std::uint64_t col) {
   if (col >= buffer.line_length(row)) return;
   const char flipped = flip_case(buffer.lines().byte_at(buffer.lines().line_start(row) + col));
@@ -92,9 +92,8 @@ void Editor::select_error(const std::string& message) {
   zan::screen_beep();
 }
 
-// Takes the selected text out of the buffer, hands it to `use`, and leaves the cursor where it was. Without a
-// select range: an error. The cursor is placed last, because PASTE, which `use` may change, may be the
-// current buffer.
+// Deletes the selected text, passes it to `use`, and puts the cursor where it was. Without a select range: an
+// error. The cursor is set last, because `use` may change PASTE, and PASTE may be the current buffer.
 void Editor::take_selected(void (Editor::*use)(const Text&)) {
   const auto span = active_select_span();
   if (!span) {

@@ -7,8 +7,8 @@
 
 namespace {
 
-// Columns of a line, which is cut so that no part is longer than `width`: after the last blank that fits, or
-// in mid-word. The cutting follows the cursor: the part before it is left alone once cut off.
+// Columns at which to split a line, so that no part is longer than `width`: after the last blank that fits,
+// or in mid-word. Stops at the part that holds the cursor.
 std::vector<std::uint64_t> wrap_columns(const zan::LineStore& text, std::uint64_t row, std::uint64_t cursor,
                                         std::uint64_t width) {
   std::vector<std::uint64_t> columns;
@@ -19,7 +19,7 @@ std::vector<std::uint64_t> wrap_columns(const zan::LineStore& text, std::uint64_
     const std::size_t blank = part.get().rfind(' ');
     const bool usable = blank != std::string_view::npos && blank > 0;
     const std::uint64_t cut = start + (usable ? blank + 1 : width);
-    // A blank that is the one byte too many stays: to cut after it would go on for ever.
+    // A blank that is the one byte too many stays: a split after it would leave nothing, again and again.
     if (cut >= length && cursor < cut) break;
     columns.push_back(cut);
     if (cursor < cut) break;

@@ -6,7 +6,7 @@
 
 namespace {
 
-// Function keys that have an identifier, by the names they may be given.
+// Other names of keys in DEFINE KEY.
 struct KeyName {
   std::string_view name;
   std::string_view identifier;

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint64_t kSection = 16; // lines
 
-// Lines of one screen page: what is left of the screen beside its three bottom rows.
+// Lines of a page: all rows of the screen but the three at the bottom.
 std::uint64_t page_lines() {
   const int rows = g_curses_active ? zan::screen_size().rows : 24;
   return static_cast<std::uint64_t>(std::max(1, rows - 3));

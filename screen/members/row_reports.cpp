@@ -20,7 +20,7 @@ void Editor::run_screen_command(const std::string& line) {
   const RowReports reports(*this, true);
   const CommandResult result = execute_command(line, false);
   nest_aborted = false; // what this visit itself is called from goes on
-  // An error in a macro or a command file outlasts what the rest of it says.
+  // An error in a macro or a command file stays, whatever its later commands report.
   if (!row_error->empty()) status_message = *row_error;
   handle_command_result(result, true);
 }

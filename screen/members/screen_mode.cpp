@@ -11,8 +11,8 @@
 
 namespace {
 
-// The screen is drawn whenever the wait for a key begins. A drawing that the next key overtakes is left out,
-// but a long paste is to be seen coming in.
+// Draws the screen before each wait for a key. When the next key has arrived already the drawing is left out,
+// but at intervals a long paste is shown as it comes in.
 class KeyLoop {
  public:
   explicit KeyLoop(Editor& editor) : editor_(editor) {}
@@ -47,7 +47,7 @@ void Editor::screen_mode() {
   for (bool leave = false; !leave;) {
     const auto key = keys.next();
     if (debug_keys && key) last_key_name = key_debug_name(*key);
-    // The end of the input is the end of screen mode; what was defined for Ctrl/Z does not count then.
+    // The end of the input leaves the screen, even if Ctrl/Z was redefined.
     if (key) leave = handle_screen_key(*key);
     else leave = true;
     if (!key) status_message = "Command mode";
