@@ -196,13 +196,14 @@ class Editor : public EditorState {
   CommandResult change_command(const std::string& arg, bool verbose);
   void type_command(const ParsedCommand& command, bool verbose);
   CommandResult delete_command(const std::string& arg, bool verbose);
-  void insert_command(const std::string& arg, bool verbose);
+  CommandResult insert_command(const std::string& arg, bool verbose);
   void find_command(const ParsedCommand& command, bool verbose);
   void find_next_command(bool verbose);
   void type_current_line(bool brief = false, int width = 40) const;
   void type_range(const LineRange& range, bool brief, int width) const;
   void delete_range(const LineRange& range);
-  void insert_multiline(bool verbose);
+  CommandResult insert_multiline(bool verbose);
+  void cancel_lines();
   void find_next(Direction direction);
   void go_top();
   void go_bottom();
@@ -230,7 +231,7 @@ class Editor : public EditorState {
   bool load_main_text(TextBuffer& main, const std::string& path); // false as TextBuffer::load
 
   // ---- command/: macros
-  void define_macro_command(const std::string& arg, bool verbose);
+  CommandResult define_macro_command(const std::string& arg, bool verbose);
   void define_macro(const std::string& name, const std::vector<std::string>& commands);
   // Nothing when Ctrl/C has cancelled it.
   std::optional<std::vector<std::string>> read_macro_lines(const std::string& name, bool verbose);
@@ -277,6 +278,7 @@ class Editor : public EditorState {
 
   // ---- screen/: the screen loop, rendering, prompts
   void screen_mode();
+  void handle_screen_keys(); // until one leaves the screen
   void draw_screen();
   void adjust_view();
   std::string prompt_line(const std::string& prompt);

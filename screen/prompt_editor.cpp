@@ -13,13 +13,11 @@ bool continues_character(char c) { return (static_cast<unsigned char>(c) & 0xc0U
 
 } // namespace
 
+bool ends_answer(int key) { return key == kReturn || key == kLinefeed || key == kEnter || key == kKpEnter; }
+
 PromptEditor::Outcome PromptEditor::type(int key) {
+  if (ends_answer(key)) return Outcome::answered;
   switch (key) {
-  case kReturn:
-  case kLinefeed:
-  case kEnter:
-  case kKpEnter:
-    return Outcome::answered;
   case kCtrlC:
     return Outcome::cancelled;
   case kCtrlU:

@@ -4,13 +4,15 @@
 
 namespace zan {
 
+bool ends_answer(int key); // Return, Linefeed and Enter, the keypad's too
+
 // The answer to a prompt, edited key by key.
 class PromptEditor {
  public:
   enum class Outcome { going, refused, answered, cancelled };
 
-  // Return, Linefeed and Enter end the answer, Ctrl/C cancels it, DELETE and Ctrl/U edit it. Every other byte
-  // is appended, control bytes included. Refused: a key that is no byte, and a byte too many.
+  // Keys that ends_answer names end the answer, Ctrl/C cancels it, DELETE and Ctrl/U edit it. Every other
+  // byte is appended, control bytes included. Refused: a key that is no byte, and a byte too many.
   Outcome type(int key);
   const std::string& answer() const { return answer_; }
 

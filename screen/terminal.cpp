@@ -25,6 +25,7 @@
 #include "screen/key_sequences.h"
 #include "screen/keys.h"
 #include "screen/output_locale.h"
+#include "screen/prompt_editor.h"
 #include "screen/terminal_description.h"
 
 bool g_curses_active = false;
@@ -393,10 +394,11 @@ bool screen_input_ended() { return g_zan_pending_signal != 0 || standard_input()
 
 bool screen_reads_terminal() { return standard_input().is_terminal(); }
 
-void discard_return() {
+void discard_end_of_answer() {
   StandardInput& input = standard_input();
-  if (input.unread().empty() && input.waits()) input.read_key_bytes();
-  if (input.unread().starts_with(static_cast<char>(kReturn))) input.take(1);
+  const auto typed = [&] { return screen().keys.first(input.unread(), false); };
+  while (!typed() && input.waits() && input.read_key_bytes()) continue;
+  if (const auto key = typed(); key && ends_answer(key->code)) input.take(key->length);
 }
 
 void make_interrupt_a_signal() {

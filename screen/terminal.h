@@ -46,7 +46,7 @@ std::optional<int> read_key(const std::function<void()>& redraw);
 bool key_waiting(); // read_key would return at once, or within the escape delay
 bool screen_input_ended();
 bool screen_reads_terminal(); // not a pipe or a file
-void discard_return();        // if Return is the next key and has been typed already
+void discard_end_of_answer(); // if the next key ends an answer and has been typed already
 
 // From now on, while the screen reads a terminal, Ctrl/C sends SIGINT, as in line mode, so that it can end a
 // wait for a file or a long search. The next wait for a key makes it a key again.

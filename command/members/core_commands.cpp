@@ -148,17 +148,15 @@ void Editor::delete_range(const LineRange& range) {
   status_message = "Range deleted";
 }
 
-void Editor::insert_command(const std::string& arg, bool verbose) {
+Editor::CommandResult Editor::insert_command(const std::string& arg, bool verbose) {
   const std::string text = strip_optional_quotes(arg);
-  if (text.empty() && zan::trim(arg).empty()) {
-    insert_multiline(verbose);
-  } else {
-    begin_undo_unit();
-    paste_text(Text::from_text(text));
-  }
+  if (text.empty() && zan::trim(arg).empty()) return insert_multiline(verbose);
+  begin_undo_unit();
+  paste_text(Text::from_text(text));
+  return CommandResult::Continue;
 }
 
-void Editor::insert_multiline(bool verbose) {
+Editor::CommandResult Editor::insert_multiline(bool verbose) {
   zan::LineStoreBuilder collected;
   std::size_t count = 0;
   const auto so_far = [&] {
@@ -175,12 +173,19 @@ void Editor::insert_multiline(bool verbose) {
     collected.append_bytes(line);
   }
   if (typed.cancelled) {
-    status_message = "Abort";
-    return;
+    cancel_lines();
+    return CommandResult::Error;
   }
   begin_undo_unit();
   paste_text(collected.finish());
   status_message = "Inserted";
+  return CommandResult::Continue;
+}
+
+// Ctrl/C has cancelled the lines that a command asked for, and with them the macros that run it.
+void Editor::cancel_lines() {
+  status_message = "Abort";
+  nest_aborted = nesting_depth > 0;
 }
 
 // ---- searching

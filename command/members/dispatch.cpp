@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <optional>
 #include <type_traits>
 
 #include "screen/terminal.h"
@@ -165,7 +166,11 @@ Editor::CommandResult Editor::dispatch_command(const std::string& line, const Qu
                                                bool verbose) {
   ParsedCommand command = parse_command(line);
   command.quals = quals;
-  if (quals.notype) verbose = false;
+  std::optional<RowReports> silent;
+  if (quals.notype) {
+    verbose = false;
+    silent.emplace(*this, false);
+  }
   if (command.key.empty()) return CommandResult::Continue;
   const Command* row = find_command_row(command.key);
   if (row != nullptr && row->changes != Command::Changes::no) {

@@ -27,7 +27,7 @@ std::string Editor::join_lines_as_text(const std::vector<std::string>& lines) {
   return text;
 }
 
-void Editor::define_macro_command(const std::string& arg, bool verbose) {
+Editor::CommandResult Editor::define_macro_command(const std::string& arg, bool verbose) {
   const std::string text = trim(arg);
   const auto sides = zan::cut_at(text, " AS ");
   const std::string name = normalize_buffer_name(sides ? sides->before : text);
@@ -37,7 +37,7 @@ void Editor::define_macro_command(const std::string& arg, bool verbose) {
     commands = split_macro_commands(strip_optional_quotes(zan::trim(sides->after)));
   } else if (allowed) {
     auto typed = read_macro_lines(name, verbose);
-    if (!typed) return;
+    if (!typed) return CommandResult::Error;
     commands = std::move(*typed);
   }
   begin_undo_unit();
@@ -51,6 +51,7 @@ void Editor::define_macro_command(const std::string& arg, bool verbose) {
     define_macro(name, commands);
     say(verbose, "macro ", name, " defined with ", zan::counted(commands.size(), "command"), "\n");
   }
+  return CommandResult::Continue;
 }
 
 void Editor::define_macro(const std::string& name, const std::vector<std::string>& commands) {
@@ -72,7 +73,7 @@ std::optional<std::vector<std::string>> Editor::read_macro_lines(const std::stri
   for (; typed.text && !ends_definition(*typed.text, g_curses_active); typed = read_text_line("_", verbose))
     lines.push_back(std::move(*typed.text));
   if (typed.cancelled) {
-    status_message = "Abort";
+    cancel_lines();
     return std::nullopt;
   }
   say(verbose, "\n");

@@ -17,10 +17,10 @@ void Editor::show_on_row(std::initializer_list<std::string_view> line, bool erro
 }
 
 void Editor::run_screen_command(const std::string& line) {
-  const RowReports reports(*this, true);
+  const RowReports reports(*this, !quiet);
   const CommandResult result = execute_command(line, false);
   nest_aborted = false; // what this visit itself is called from goes on
   // An error in a macro or a command file stays, whatever its later commands report.
-  if (!row_error->empty()) status_message = *row_error;
+  if (row_error && !row_error->empty()) status_message = *row_error;
   handle_command_result(result, true);
 }

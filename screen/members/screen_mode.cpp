@@ -42,6 +42,11 @@ void Editor::screen_mode() {
   console.flush();
   const zan::ScreenVisit visit(keypad == "PC");
   if (!visit) return;
+  handle_screen_keys();
+  if (row_error) row_error->clear(); // the user has seen errors from before the visit
+}
+
+void Editor::handle_screen_keys() {
   const RowReports silent_keys(*this, false);
   KeyLoop keys(*this);
   for (bool leave = false; !leave;) {

@@ -43,7 +43,7 @@ zan::TypedLine zan::read_screen_line(Editor& editor, std::string_view prompt, st
     // A refused paste rings the bell once.
     const bool follows = std::exchange(refused, outcome == PromptEditor::Outcome::refused) && key_waiting();
     if (refused && !follows) screen_beep();
-    if (ends_here) discard_return();
+    if (ends_here) discard_end_of_answer();
     if (ends_here || outcome == PromptEditor::Outcome::answered) return {line.answer()};
     if (outcome == PromptEditor::Outcome::cancelled) {
       note_interrupt();
