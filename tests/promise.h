@@ -16,12 +16,34 @@ inline bool long_form() {
   return form != nullptr && std::string_view(form) == "full";
 }
 
-// The runs of one promise: a row of the table. Prints "PROMISE row=1 runs=200 failed=0" at its end.
+// The rows of the table, from 1.
+enum class Promised {
+  failing_save = 1,
+  killed_save,
+  full_disk,
+  streams,
+  places,
+  journals,
+  killed_sessions,
+  hostile_journals,
+  signals,
+  end_of_input,
+  no_cursor,
+  patterns,
+  nesting,
+  numbers,
+  round_trips,
+  memory,
+  print,
+  two_billion,
+};
+
+// The runs of one promise. Prints "PROMISE row=1 runs=200 failed=0" at its end.
 class Promise {
  public:
-  explicit Promise(int row) : row_(row) {}
+  explicit Promise(Promised row) : row_(row) {}
   ~Promise() {
-    std::printf("PROMISE row=%d runs=%zu failed=%zu\n", row_, runs_, failed_);
+    std::printf("PROMISE row=%d runs=%zu failed=%zu\n", static_cast<int>(row_), runs_, failed_);
     std::fflush(stdout);
   }
   Promise(const Promise&) = delete;
@@ -38,7 +60,7 @@ class Promise {
 
  private:
   static constexpr std::size_t kShownFailures = 20;
-  int row_;
+  Promised row_;
   std::size_t runs_ = 0;
   std::size_t failed_ = 0;
 };

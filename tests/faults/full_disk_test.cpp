@@ -96,7 +96,7 @@ void expect_old_text(Promise& promise, const Way& way, const std::string& old_te
 }
 
 TEST(FullDisk, TheOldFileStays) {
-  Promise promise(3);
+  Promise promise(Promised::full_disk);
   for (const Way& way : kWays)
     for (const std::size_t size : {0U, 1U, 4096U, 28672U})
       for (const bool twice : {false, true})

@@ -100,7 +100,7 @@ class Session {
 };
 
 TEST(Memory, EveryAllocationFails) {
-  Promise promise(16);
+  Promise promise(Promised::memory);
   const long stride = long_form() ? 1 : kShortFormStride;
   long turn = 0; // so that the sessions do not all fail at the same places
   for (const std::string& typed : lines_of_file("faults/sessions.txt")) {

@@ -65,7 +65,7 @@ std::string save_to(const Row& target, bool by_exit) {
 }
 
 TEST(Places, OfTheFile) {
-  Promise promise(5);
+  Promise promise(Promised::places);
   for (const Row& target : read_rows("places"))
     for (const bool by_exit : {true, false})
       promise.ran(target.name + (by_exit ? ", EXIT" : ", WRITE"), save_to(target, by_exit));
@@ -112,7 +112,7 @@ std::string run_with(const Row& journal, bool by_exit) {
 }
 
 TEST(Places, OfTheJournal) {
-  Promise promise(6);
+  Promise promise(Promised::journals);
   for (const Row& journal : read_rows("journals"))
     for (const bool by_exit : {true, false})
       promise.ran(journal.name + (by_exit ? ", EXIT" : ", QUIT"), run_with(journal, by_exit));
@@ -120,7 +120,7 @@ TEST(Places, OfTheJournal) {
 
 // A file that is there but was not read whole: no text takes its place.
 TEST(Places, OfAFileThatCannotBeRead) {
-  Promise promise(5);
+  Promise promise(Promised::places);
   const Start start{{"f", "g"}, "NEXT\nINSERT x\nTYPE/SAVE\nEXIT\n"};
   const auto failed = [&](const Fault& fault, std::vector<std::string>& calls) {
     const Stage stage;

@@ -59,7 +59,7 @@ std::string wrong_with(const Print& print) {
 }
 
 TEST(Print, LeavesNoFile) {
-  Promise promise(17);
+  Promise promise(Promised::print);
   const Print rows[] = {
       {"sent", kTake, "PRINT", "Sent to printer", kText},
       {"a range", kTake, "PRINT 2", "Sent to printer", "two\n"},
@@ -73,7 +73,7 @@ TEST(Print, LeavesNoFile) {
 }
 
 TEST(Print, EveryCallFails) {
-  Promise promise(17);
+  Promise promise(Promised::print);
   const Stage stage;
   write_file(stage / "f", kText);
   stage.run({{"f"}, "PRINT\nQUIT\n"}, 1, {});

@@ -202,7 +202,7 @@ bool applies(const std::string& how, const std::string& call) {
   return how != "short" || call.starts_with("write");
 }
 
-void run_all(const Save& save, int row, const std::vector<std::string>& ways) {
+void run_all(const Save& save, Promised row, const std::vector<std::string>& ways) {
   Promise promise(row);
   const std::vector<std::string> calls = calls_of(save);
   ASSERT_FALSE(calls.empty());
@@ -235,9 +235,11 @@ std::vector<std::string> error_ways() {
 
 class SaveUnderFaults : public testing::TestWithParam<Save> {};
 
-TEST_P(SaveUnderFaults, EveryCallFails) { run_all(GetParam(), 1, error_ways()); }
+TEST_P(SaveUnderFaults, EveryCallFails) { run_all(GetParam(), Promised::failing_save, error_ways()); }
 
-TEST_P(SaveUnderFaults, KilledAtEveryCall) { run_all(GetParam(), 2, {"kill", "kill-after"}); }
+TEST_P(SaveUnderFaults, KilledAtEveryCall) {
+  run_all(GetParam(), Promised::killed_save, {"kill", "kill-after"});
+}
 
 INSTANTIATE_TEST_SUITE_P(Saves, SaveUnderFaults, testing::ValuesIn(all_saves()));
 
@@ -281,7 +283,7 @@ TEST(Shim, KnowsEveryFileCall) {
 
 // What a rename or an overwrite relies on has reached the disk before it.
 TEST(SaveOrder, IsSyncedFirst) {
-  Promise promise(1);
+  Promise promise(Promised::failing_save);
   const struct {
     Row row;
     std::vector<std::string> order;

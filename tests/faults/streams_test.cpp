@@ -21,7 +21,7 @@ std::string wrong_files(const Stage& stage, const Files& expected, const std::st
 
 // Commands come from a file, whatever the streams are; the output file cannot be written in every second run.
 TEST(Streams, FilesHoldTheirTextOnly) {
-  Promise promise(4);
+  Promise promise(Promised::streams);
   for (const Row& row : read_rows("streams")) {
     const bool saves = !row.is("cannot save");
     for (const bool output_fails : {false, true}) {
@@ -47,7 +47,7 @@ TEST(Streams, FilesHoldTheirTextOnly) {
 const std::string kLimit = "ulimit -t 2; exec \"$0\" \"$@\" ";
 
 TEST(Streams, TheEndOfInputEndsTheProgram) {
-  Promise promise(10);
+  Promise promise(Promised::end_of_input);
   for (const Row& row : read_rows("ends")) {
     const std::size_t megabytes = long_form() ? 100 : 10;
     const Stage stage;

@@ -74,7 +74,7 @@ bool kill_after(const Sandbox& box, const std::string& input) {
 
 TEST(Hostile, KilledSessionsComeBack) {
   constexpr std::size_t kLength = 200;
-  Promise promise(7);
+  Promise promise(Promised::killed_sessions);
   const Sandbox box;
   const std::size_t sessions = long_or_short(1000, 40);
   for (std::size_t i = 0; i < sessions; ++i) {
@@ -94,7 +94,7 @@ TEST(Hostile, KilledSessionsComeBack) {
 }
 
 TEST(Hostile, CutJournalLineIsNotJoinedToTheNext) {
-  Promise promise(8);
+  Promise promise(Promised::hostile_journals);
   const Sandbox box;
   Random random(8);
   const std::string before = "FIND alpha\nCOPY 1:3 TO =A\n";
@@ -118,7 +118,7 @@ TEST(Hostile, CutJournalLineIsNotJoinedToTheNext) {
 }
 
 TEST(Hostile, HostileJournals) {
-  Promise promise(8);
+  Promise promise(Promised::hostile_journals);
   const Sandbox box;
   for (std::size_t i = 0, journals = long_or_short(10000, 100); i < journals; ++i) {
     Random random(static_cast<std::uint32_t>(i));

@@ -37,7 +37,7 @@ TEST(Hostile, CallsThatNest) {
       {"a journal that runs itself", "F", 1, true, {"-recover", "-journal=N0"}},
       {"a startup file that runs itself", "F", 1, true, kStartup},
   };
-  Promise promise(13);
+  Promise promise(Promised::nesting);
   for (const Row& row : rows) {
     const Sandbox box;
     box.write("a.txt", "one\n");

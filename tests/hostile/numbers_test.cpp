@@ -22,7 +22,7 @@ constexpr std::string_view kSmallFiles = "ulimit -f 2000";
 } // namespace
 
 TEST(Hostile, NumbersOfEverySize) {
-  Promise promise(14);
+  Promise promise(Promised::numbers);
   const Sandbox box;
   // Every place, "#" in that of the number; lines that follow use what was set.
   for (const std::string& place : lines_of_file("hostile/places.txt")) {
@@ -36,7 +36,7 @@ TEST(Hostile, NumbersOfEverySize) {
 }
 
 TEST(Hostile, TwoBillion) {
-  Promise promise(18);
+  Promise promise(Promised::two_billion);
   const Sandbox box;
   for (const std::string& row : lines_of_file("hostile/two_billion.txt")) {
     const std::string commands = unescape(row);

@@ -18,7 +18,7 @@ TEST(Hostile, PatternsOfManyStars) {
   constexpr std::size_t kLengths[] = {100, 1000, 10000, 100000};
   // One that matches, those that do not match, one that only the line's end decides about.
   constexpr std::string_view kForms[] = {"$*", "$*b", "*$b", "$*[^a]", "$*%$", "$?*\\b"};
-  Promise promise(12);
+  Promise promise(Promised::patterns);
   const Sandbox box;
   for (const std::size_t length : kLengths) {
     box.write("a.txt", std::string(length, 'a') + "\n" + std::string(length, 'a') + "\n");
@@ -40,7 +40,7 @@ TEST(Hostile, PatternsOfManyStars) {
 TEST(Hostile, PatternsOfAMegabyte) {
   constexpr std::size_t kMegabyte = 1000000;
   constexpr std::string_view kParts[] = {"a*", "%*b", "?", "a", "[ab]", "*", "\\a", "[^b]*", "a?"};
-  Promise promise(12);
+  Promise promise(Promised::patterns);
   const Sandbox box;
   box.write("a.txt", std::string(100000, 'a') + "\n" + std::string(kMegabyte, 'a') + "\n");
   for (std::size_t i = 0, parts = long_or_short(std::size(kParts), 3); i < parts; ++i) {

@@ -30,7 +30,7 @@ std::string saved_form(const std::string& bytes) {
 } // namespace
 
 TEST(Hostile, RoundTripsOfRandomFiles) {
-  Promise promise(15);
+  Promise promise(Promised::round_trips);
   const Sandbox box;
   Random random(15);
   for (std::size_t i = 0, files = long_or_short(100000, 500); i < files; ++i) {

@@ -19,6 +19,7 @@ std::size_t long_or_short(std::size_t full, std::size_t brief);
 bool answered(const RunResult& result);
 
 using zan::test::Promise;
+using zan::test::Promised;
 void expect_answer(Promise& promise, const RunResult& result, const std::string& what);
 
 // Runs of the program in a directory of their own.

@@ -215,7 +215,8 @@ class Signals : public testing::TestWithParam<Event> {};
 
 TEST_P(Signals, AtEveryPlace) {
   const bool loses_terminal = GetParam().happens >= Happens::hang_up;
-  zan::test::Promise promise(loses_terminal ? 10 : 9);
+  zan::test::Promise promise(loses_terminal ? zan::test::Promised::end_of_input
+                                            : zan::test::Promised::signals);
   for (const Place& place : kPlaces) {
     expect_event_at(GetParam(), place);
     promise.expect(!HasFailure(), place.name);

@@ -68,7 +68,7 @@ TEST(Visits, TerminalsWithoutACursorAreRefused) {
                         {"../x/xterm", "", "../x/xterm"},
                         {"/usr/share/terminfo/x/xterm", "", "/usr/share/terminfo/x/xterm"},
                         {endless, "", endless}};
-  zan::test::Promise promise(11);
+  zan::test::Promise promise(zan::test::Promised::no_cursor);
   for (const auto& [term, command, named] : cases) {
     SCOPED_TRACE(named);
     TerminalOptions options;
