@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/faults/fault_driver.h"
+#include "tests/screen/key_names.h"
 #include "tests/sessions/text_forms.h"
 
 namespace {
@@ -55,7 +56,8 @@ TEST(Streams, TheEndOfInputEndsTheProgram) {
     std::string text = "old\n";
     for (std::size_t i = 0; i < megabytes * 10; ++i) text += kTail + "\n";
     write_file(stage / "f", text);
-    const RunResult run = stage.run({{"f"}, unescape(row.get("typed", "")), kLimit + row.get("input", "")});
+    const RunResult run =
+        stage.run({{"f"}, unescape(key_bytes(row.get("typed", ""))), kLimit + row.get("input", "")});
     std::string wrong = run.timed_out ? " it went on" : "";
     if (run.status != 0) wrong += " status " + std::to_string(run.status) + run.errors;
     promise.ran(row.name, wrong + wrong_files(stage, {{"work/f", text}}));

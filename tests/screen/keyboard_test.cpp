@@ -1,29 +1,32 @@
 #include <algorithm>
+#include <cstdlib>
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <set>
 #include <sstream>
+#include <unistd.h>
 
 #include "screen/keys.h"
+#include "screen/terminal.h"
+#include "tests/screen/key_names.h"
 #include "tests/screen/terminal_driver.h"
 #include "tests/sessions/text_forms.h"
 
 namespace {
 
 struct KeyCase {
-  std::string term; // that has the key; "": all have
-  std::string name, keys;
+  std::string term, name, keys;
   std::vector<std::string> text;
   std::string message;
   int row, column;
 };
 
-struct Keyboard {
-  std::string term;
-  std::vector<std::pair<std::string, std::string>> sends; // where an xterm sends something else
-};
+// By the names of keys, what a terminal sends where an xterm sends something else.
+using Differences = std::map<std::string, std::string>;
 
 struct Tables {
   std::vector<KeyCase> keys;
-  std::vector<Keyboard> keyboards;
+  std::vector<std::pair<std::string, Differences>> keyboards;
 };
 
 KeyCase key_case(const std::string& term, const std::string& row) {
@@ -44,11 +47,10 @@ Tables read_tables() {
     if (first == "keys") {
       term = rest;
     } else if (first == "keyboard") {
-      Keyboard& keyboard = tables.keyboards.emplace_back();
       std::istringstream words(rest);
-      words >> keyboard.term;
-      for (std::string usual, own; std::getline(words >> std::ws, usual, '=') >> own;)
-        keyboard.sends.emplace_back(unescape(usual), unescape(own));
+      words >> tables.keyboards.emplace_back().first;
+      for (std::string key, own; std::getline(words >> std::ws, key, '=') >> own;)
+        tables.keyboards.back().second[key] = unescape(own);
     } else {
       tables.keys.push_back(key_case(term, line));
     }
@@ -56,22 +58,15 @@ Tables read_tables() {
   return tables;
 }
 
-std::string typed_on(const Keyboard& keyboard, std::string keys) {
-  for (const auto& [usual, own] : keyboard.sends)
-    for (std::size_t at = 0; (at = keys.find(usual, at)) != std::string::npos; at += own.size())
-      keys.replace(at, usual.size(), own);
-  return keys;
-}
-
-void press_keys(const std::string& term, const KeyCase& key, const std::string& keys) {
-  SCOPED_TRACE(term + " " + key.name);
-  if (!terminal_is_described(term)) return;
+void press_keys(const KeyCase& key) {
+  SCOPED_TRACE(key.term + " " + key.name);
+  if (!terminal_is_described(key.term)) return;
   TerminalOptions options;
   options.text = "one two\nTHREE\n  last\n";
-  options.term = term;
+  options.term = key.term;
   TerminalDriver terminal(options);
   terminal.enter_screen("[EOB]");
-  terminal.type(keys);
+  terminal.type(key.keys);
   Shown wanted{key.text, key.row, key.column};
   wanted.rows.insert(wanted.rows.end(), {"[EOB]", "...", key.message});
   const auto fits = [&](const Shown& now) {
@@ -82,38 +77,50 @@ void press_keys(const std::string& term, const KeyCase& key, const std::string& 
   terminal.wait_until(fits, wanted.to_string());
 }
 
+// While one lives, the bytes are the standard input, and nobody sees the standard output.
+class TypedAhead {
+ public:
+  explicit TypedAhead(const std::string& bytes) {
+    EXPECT_EQ(pipe(ends_), 0);
+    EXPECT_EQ(write(ends_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
+    std::fflush(stdout);
+    dup2(ends_[0], STDIN_FILENO);
+    dup2(nowhere_, STDOUT_FILENO);
+  }
+  ~TypedAhead() {
+    std::fflush(stdout);
+    dup2(input_, STDIN_FILENO);
+    dup2(output_, STDOUT_FILENO);
+    for (const int file : {input_, output_, nowhere_, ends_[0], ends_[1]}) close(file);
+  }
+  TypedAhead(const TypedAhead&) = delete;
+  TypedAhead& operator=(const TypedAhead&) = delete;
+
+ private:
+  int input_ = dup(STDIN_FILENO), output_ = dup(STDOUT_FILENO), nowhere_ = open("/dev/null", O_WRONLY);
+  int ends_[2] = {};
+};
+
 } // namespace
 
-class Keyboards : public testing::TestWithParam<Keyboard> {};
-
-TEST_P(Keyboards, KeysOfEveryTerminal) {
-  for (const KeyCase& key : read_tables().keys)
-    if (key.term.empty()) press_keys(GetParam().term, key, typed_on(GetParam(), key.keys));
+TEST(Keyboard, WhatKeysDo) {
+  for (const KeyCase& key : read_tables().keys) press_keys(key);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Keyboards, testing::ValuesIn(read_tables().keyboards),
-                         [](const auto& keyboard) {
-                           std::string name = keyboard.param.term;
-                           std::ranges::replace(name, '-', '_');
-                           return name;
-                         });
-
-TEST(Keyboard, KeysOfSomeTerminals) {
-  for (const KeyCase& key : read_tables().keys)
-    if (!key.term.empty()) press_keys(key.term, key, key.keys);
-}
-
-TEST(Keyboard, NamesOfKeys) {
-  struct Case {
-    int key;
-    bool gold;
-    const char* name;
-  };
-  const Case cases[] = {{265, false, "PF1"},      {268, true, "GOLD+PF4"},  {127, false, "DELETE"},
-                        {8, true, "GOLD+DELETE"}, {9, true, "GOLD+CTRL+I"}, {26, false, "CTRL+Z"},
-                        {'a', false, "A"},        {' ', true, "GOLD+ "},    {258, true, ""},
-                        {0, false, ""},           {27, true, ""},           {512, false, ""}};
-  for (const auto& [key, gold, name] : cases) EXPECT_EQ(zan::key_identifier(key, gold), name) << key;
-  EXPECT_EQ(zan::key_description("PF1/F1", 265), "PF1/F1  (code 265 / 0x109)");
-  EXPECT_EQ(zan::key_description(std::string(80, 'x'), 1).size(), 63U);
+TEST(Keyboard, KeysOfEveryTerminal) {
+  for (const auto& [term, differences] : read_tables().keyboards) {
+    if (!terminal_is_described(term)) continue;
+    SCOPED_TRACE(term);
+    setenv("TERM", term.c_str(), 1);
+    std::string typed;
+    for (const auto& [name, bytes, code] : named_keys()) {
+      const auto other = differences.find("{" + std::string(name) + "}");
+      typed += other != differences.end() ? other->second : bytes;
+    }
+    const TypedAhead ahead(typed + "\177");
+    const zan::ScreenVisit visit(false);
+    ASSERT_TRUE(static_cast<bool>(visit));
+    for (const NamedKey& key : named_keys()) EXPECT_EQ(zan::read_key([] {}), key.code) << key.name;
+    EXPECT_TRUE((std::set{zan::kDelete, zan::kBackspace}.contains(zan::read_key([] {}).value_or(0))));
+  }
 }

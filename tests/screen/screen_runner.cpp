@@ -5,7 +5,7 @@
 //   text BYTES, startup BYTES    before all else: other text, commands of the startup file
 //   option WORD                  of the command line, before all else
 //   size ROWS COLUMNS            of the terminal, before the start or from now on
-//   keys BYTES                   typed
+//   keys BYTES                   typed; {KP7} stands for what that key sends
 //   shows TEXT                   it comes to stand somewhere
 //   row NUMBER TEXT              it is a row, of which the first is 0 and -1 the last
 //   cursor ROW COLUMN

@@ -42,10 +42,11 @@ const Step kQuestion{"SUBSTITUTE/two/2/ /QUERY\n", "[Y/N]:"};
 // A place where the program waits. Half of an input is typed before the event, the rest after it; when the
 // program goes on, `proof` is shown, unless one of the keys was lost.
 struct Place {
-  const char* name;
-  std::vector<Step> way;
-  Step half;
-  const char *rest, *proof;
+  const char* name = "";
+  std::vector<Step> way = {};
+  Step half = {};
+  const char* rest = "";
+  const char* proof = "";
   bool on_screen = true;
   std::set<int> survives = {};    // signals that end the program elsewhere
   std::string rescued = "(none)"; // the text that is modified here, if it is
@@ -57,27 +58,53 @@ struct Place {
   }
 };
 
+Place on_screen(const char* name, Step there, Step half, const char* rest, const char* proof) {
+  return {.name = name, .way = {kVisit, there}, .half = half, .rest = rest, .proof = proof};
+}
+
 // The program waits for the prompt's, the screen's or a child's input.
 const std::vector<Place> kPlaces{
-    {"prompt", {}, {"TY", "*TY"}, "PE 2\n", "2 two", false},
-    {"prompt after a visit",
-     {kVisit, {"\032", "*CHANGE"}, {"TYPE 3\n", "3 three"}},
-     {"TY", "*TY"},
-     "PE 2\n",
-     "2 two",
-     false},
-    {"question", {kQuestion}, {"y", "[Y/N]: y"}, "\nTYPE 3\n", "3 three", false, {SIGINT}},
+    {.name = "prompt", .half = {"TY", "*TY"}, .rest = "PE 2\n", .proof = "2 two", .on_screen = false},
+    {.name = "prompt after a visit",
+     .way = {kVisit, {"{CTRL+Z}", "*CHANGE"}, {"TYPE 3\n", "3 three"}},
+     .half = {"TY", "*TY"},
+     .rest = "PE 2\n",
+     .proof = "2 two",
+     .on_screen = false},
+    {.name = "question",
+     .way = {kQuestion},
+     .half = {"y", "[Y/N]: y"},
+     .rest = "\nTYPE 3\n",
+     .proof = "3 three",
+     .on_screen = false,
+     .survives = {SIGINT}},
     // Who waits for a child lets these two be the child's.
-    {"print", {{"PRINT\n", "printing"}}, {"TY", "TY"}, "PE 2\n", "2 two", false, {SIGINT, SIGQUIT}},
+    {.name = "print",
+     .way = {{"PRINT\n", "printing"}},
+     .half = {"TY", "TY"},
+     .rest = "PE 2\n",
+     .proof = "2 two",
+     .on_screen = false,
+     .survives = {SIGINT, SIGQUIT}},
     // A narrow screen has scrolled to the side.
-    {"screen", {kVisit}, {"x", "xone"}, "y\002", "xyone", true, {}, "xone\ntwo\nthree\n"},
-    {"command prompt", {kVisit, {"\033OP\033Ow", "Command:"}}, {"FIND tw", ": FIND tw"}, "o\r", "Found: two"},
-    {"search prompt", {kVisit, {"\033OP\033OR", "Search for:"}}, {"tw", ": tw"}, "o\r", "Found: two"},
-    {"code prompt", {kVisit, {"\033OP\033Os", "ASCII:"}}, {"6", ": 6"}, "5\r", "Aone"},
-    {"key to define", {kVisit, {"\013", "Press key"}}, {"\033OP", "press key"}, "qTOP\r", "defined: GOLD+Q"},
-    {"definition", {kVisit, {"\013\033OPq", "Definition:"}}, {"TO", ": TO"}, "P\r", "defined: GOLD+Q"},
-    {"help page", {kVisit, {"\033OQ", "screen help"}}, {"", ""}, "zx", "xone"},
-    {"nokeypad", {kNokeypad, kVisitToo}, {"Ix", ": Ix"}, "y\r", "xyone"},
+    {.name = "screen",
+     .way = {kVisit},
+     .half = {"x", "xone"},
+     .rest = "y{CTRL+B}",
+     .proof = "xyone",
+     .rescued = "xone\ntwo\nthree\n"},
+    on_screen("command prompt", {"{GOLD}{KP7}", "Command:"}, {"FIND tw", ": FIND tw"}, "o\r", "Found: two"),
+    on_screen("search prompt", {"{GOLD}{PF3}", "Search for:"}, {"tw", ": tw"}, "o\r", "Found: two"),
+    on_screen("code prompt", {"{GOLD}{KP3}", "ASCII:"}, {"6", ": 6"}, "5\r", "Aone"),
+    on_screen("key to define", {"{CTRL+K}", "Press key"}, {"{GOLD}", "press key"}, "qTOP\r",
+              "defined: GOLD+Q"),
+    on_screen("definition", {"{CTRL+K}{GOLD}q", "Definition:"}, {"TO", ": TO"}, "P\r", "defined: GOLD+Q"),
+    on_screen("help page", {"{PF2}", "screen help"}, {"", ""}, "zx", "xone"),
+    {.name = "nokeypad",
+     .way = {kNokeypad, kVisitToo},
+     .half = {"Ix", ": Ix"},
+     .rest = "y\r",
+     .proof = "xyone"},
 };
 
 // Where the program is busy; it has modified a text.
@@ -87,9 +114,9 @@ std::vector<Place> busy_places() {
   const std::string changed = std::string(large).replace(0, 3, "1");
   static const std::string search = long_search();
   std::vector<Place> places{
-      {"inserted lines", {change}, {"BOTTOM\nINSERT\n!\n?\n", "__"}, "", ""},
-      {"output", {change}, {"TYPE WHOLE\n", "aaaa"}, "", "", false, {SIGINT}},
-      {"search", {change}, {search.c_str(), "[b-d]"}, "", "", false, {SIGINT}},
+      {.name = "inserted lines", .way = {change}, .half = {"BOTTOM\nINSERT\n!\n?\n", "__"}},
+      {.name = "output", .way = {change}, .half = {"TYPE WHOLE\n", "aaaa"}, .survives = {SIGINT}},
+      {.name = "search", .way = {change}, .half = {search.c_str(), "[b-d]"}, .survives = {SIGINT}},
   };
   for (Place& place : places) {
     place.on_screen = false;
@@ -339,9 +366,9 @@ TEST(Interrupt, EndsTheWaitOnTheScreen) {
     TerminalDriver terminal(options);
     ASSERT_EQ(mkfifo((terminal.home() / "fifo").c_str(), 0600), 0);
     terminal.enter_screen();
-    terminal.type("\033OP\033Ow" + command + "\r");
+    terminal.type("{GOLD}{KP7}" + command + "\r");
     const auto inserted = [&](const Shown& shown) {
-      terminal.type("\003");
+      terminal.type("{CTRL+C}");
       return shown.row(0).starts_with("b");
     };
     terminal.wait_until(inserted, "  the b of Ctrl/C\n");
@@ -375,7 +402,7 @@ TEST(Signals, EndAProgramThatIsHeldUpByItsTerminal) {
 
 TEST(Signals, EndOfInputRescuesToo) {
   TerminalDriver terminal({});
-  terminal.type("INSERT x\nFIND =PASTE\nINSERT y\n\004");
+  terminal.type("INSERT x\nFIND =PASTE\nINSERT y\n{CTRL+D}");
   EXPECT_EQ(terminal.exit_status(), 0);
   const std::string said = "*\r\n?Your text is in notes.txt.PASTE.save, notes.txt.save\r\n";
   EXPECT_TRUE(terminal.output().ends_with(said)) << terminal.output();
@@ -408,7 +435,7 @@ TEST(Interrupt, StopsTypingAndTheNextCommandRuns) {
   terminal.type("TYPE WHOLE\n");
   const auto at_1000 = [&](const Shown&) { return terminal.times_sent("\n1000 aaa") > 0; };
   terminal.wait_until(at_1000, "  1000 aaa\n");
-  terminal.type("\003");
+  terminal.type("{CTRL+C}");
   terminal.shows_text("*Abort*");
   terminal.type("FIND a\n");
   terminal.wait_until([](const Shown& now) { return now.rows.back() == "*"; }, "  *\n");
@@ -433,10 +460,10 @@ TEST(Interrupt, StopsASearchAndAnUnguardedProgramEnds) {
   };
   const long before = ticks();
   while (ticks() < before + 5) ASSERT_EQ(kill(terminal.program(), 0), 0);
-  terminal.type("\003");
+  terminal.type("{CTRL+C}");
   terminal.shows_text("*Abort*");
   terminal.type("TYPE/BRIEF:1\n");
   terminal.shows_text("1 a");
-  terminal.type("\003");
+  terminal.type("{CTRL+C}");
   EXPECT_EQ(terminal.exit_status(), 128 + SIGINT);
 }

@@ -22,6 +22,8 @@
 #include <pty.h>
 #endif
 
+#include "tests/screen/key_names.h"
+
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -161,7 +163,9 @@ TerminalDriver::~TerminalDriver() {
 }
 
 // Both directions at once: a program that is busy writing does not read.
-void TerminalDriver::type(std::string_view bytes) {
+void TerminalDriver::type(std::string_view keys) {
+  const std::string typed = key_bytes(keys);
+  std::string_view bytes = typed;
   while (!bytes.empty()) {
     pollfd ready{master_, POLLIN | POLLOUT, 0};
     if (poll(&ready, 1, 1000) <= 0) return;

@@ -45,7 +45,7 @@ class TerminalDriver {
   TerminalDriver(const TerminalDriver&) = delete;
   TerminalDriver& operator=(const TerminalDriver&) = delete;
 
-  void type(std::string_view bytes);
+  void type(std::string_view keys);                         // such as "a{KP7}"; see key_names.h
   void type_unread(std::string_view bytes);                 // and from now on read nothing of what is shown
   void enter_screen(std::string_view shown = "EDIT[MAIN]"); // and waits for that
   void resize(int rows, int columns);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "tests/promise.h"
+#include "tests/screen/key_names.h"
 #include "tests/screen/terminal_driver.h"
 
 // Visits to the screen that no text tells of: what comes and goes in bulk, and what they leave behind.
@@ -13,7 +14,7 @@ TEST(Visits, CtrlCEndsARepetitionOfNokeypadMode) {
   options.startup = "SET KEYPAD NOKEYPAD\n";
   TerminalDriver nokeypad(options);
   nokeypad.enter_screen("Nokeypad:");
-  nokeypad.type("2000000000DC\r\003Iz\r");
+  nokeypad.type("2000000000DC\r{CTRL+C}Iz\r");
   nokeypad.shows_text("zqqq");
 }
 
@@ -24,7 +25,7 @@ TEST(Visits, PasteArrivesWhole) {
   for (int i = 0; i < 2000; ++i) pasted += "line " + std::to_string(i) + " of the paste\r";
   terminal.type(pasted);
   terminal.shows_text("line 1999 of");
-  terminal.type("\032EXIT\n");
+  terminal.type("{CTRL+Z}EXIT\n");
   EXPECT_EQ(terminal.exit_status(), 0);
   std::ranges::replace(pasted, '\r', '\n');
   EXPECT_EQ(terminal.file(), pasted + "one\ntwo\nthree\n");
@@ -45,9 +46,9 @@ TEST(Visits, OneBellForMuchThatAPromptRefuses) {
   constexpr std::size_t kMany = 100'000;
   TerminalDriver terminal({});
   terminal.enter_screen();
-  terminal.type("\033OP\033OwINSERT " + std::string(kMany, 'x'));
+  terminal.type("{GOLD}{KP7}INSERT " + std::string(kMany, 'x'));
   terminal.shows_text("xxxx");
-  terminal.type("\025INSERT end\r");
+  terminal.type("{CTRL+U}INSERT end\r");
   terminal.shows_text("endone");
   EXPECT_GE(terminal.times_sent("\a"), 1U);
   EXPECT_LT(terminal.times_sent("\a"), kMany / 16);
@@ -81,7 +82,7 @@ TEST(Visits, TerminalsWithoutACursorAreRefused) {
     EXPECT_NE(terminal.output().find("2 two\r\n"), std::string::npos);
     terminal.type("CHANGE\n");
     terminal.shows_text("zeroone");
-    terminal.type("\032EXIT\n");
+    terminal.type("{CTRL+Z}EXIT\n");
     EXPECT_EQ(terminal.exit_status(), 0);
     promise.expect(terminal.file() == "zeroone\ntwo\nthree\n", named);
   }
@@ -90,25 +91,25 @@ TEST(Visits, TerminalsWithoutACursorAreRefused) {
 // After CHANGE the rest of a pipe or file is keys, after Ctrl/Z commands again; its end ends screen mode.
 TEST(Visits, KeysFromAPipeOrFile) {
   struct Case {
-    std::string input, copy; // as printf has it; the text of the copy
+    std::string_view typed, copy;
   };
   const Case cases[] = {
-      {"CHANGE\\nhello\\rworld\\032WRITE copy\\n", "hello\nworldone\ntwo\n"},
-      {"CHANGE\\nhello\\rworld\\033OP\\033OwWRITE copy\\r", "hello\nworldone\ntwo\n"},
-      {"CHANGE\\n\\033OP3\\033Oq\\032CHANGE\\nY\\032T\\nWRITE copy\\n", "ONEY\ntwo\n"},
-      {"CHANGE\\nX\\032PRINT\\nCHANGE\\nY\\032WRITE copy\\n", "XYone\ntwo\n"},
-      {"SET NOKEYPAD\\nCHANGE\\nW\\nDW\\nEX\\nWRITE copy\\n", "one\n\n"},
-      {"CHANGE\\n\\033OP3\\033Oq\\032INSERT x\\003y\\nWRITE copy\\n", "ONEx\3y\ntwo\n"},
-      {"CHANGE\\n\\033OP\\033OwINSERT\\r\\032z\\r\\032\\r\\032WRITE copy\\n", "\32zone\ntwo\n"},
+      {"CHANGE\nhello\rworld{CTRL+Z}WRITE copy\n", "hello\nworldone\ntwo\n"},
+      {"CHANGE\nhello\rworld{GOLD}{KP7}WRITE copy\r", "hello\nworldone\ntwo\n"},
+      {"CHANGE\n{GOLD}3{KP1}{CTRL+Z}CHANGE\nY{CTRL+Z}T\nWRITE copy\n", "ONEY\ntwo\n"},
+      {"CHANGE\nX{CTRL+Z}PRINT\nCHANGE\nY{CTRL+Z}WRITE copy\n", "XYone\ntwo\n"},
+      {"SET NOKEYPAD\nCHANGE\nW\nDW\nEX\nWRITE copy\n", "one\n\n"},
+      {"CHANGE\n{GOLD}3{KP1}{CTRL+Z}INSERT x{CTRL+C}y\nWRITE copy\n", "ONEx\3y\ntwo\n"},
+      {"CHANGE\n{GOLD}{KP7}INSERT\r{CTRL+Z}z\r{CTRL+Z}\r{CTRL+Z}WRITE copy\n", "\32zone\ntwo\n"},
   };
-  for (const auto& [input, copy] : cases) {
-    for (const char* start : {" | ", " >in; <in "}) {
-      SCOPED_TRACE(input + start);
+  for (const auto& [typed, copy] : cases) {
+    for (const char* start : {"cat in | ", "<in "}) {
+      SCOPED_TRACE(start + std::string(typed));
       const zan::test::ScratchDirectory home;
       zan::test::write_file(home / "notes.txt", "one\ntwo\n");
+      zan::test::write_file(home / "in", key_bytes(typed));
       const std::string program = "TERM=xterm HOME=. timeout 20 '" ZAN_PROGRAM "' notes.txt >screen.out";
-      EXPECT_EQ(std::system(("cd " + home.path() + " && printf '" + input + "'" + start + program).c_str()),
-                0);
+      EXPECT_EQ(std::system(("cd " + home.path() + " && " + start + program).c_str()), 0);
       EXPECT_EQ(zan::test::read_file(home / "copy"), copy);
     }
   }
@@ -126,7 +127,7 @@ TEST(Visits, ATerminalThatDoesNotWaitIsWaitedFor) {
   terminal.enter_screen();
   terminal.type("x");
   terminal.shows_text("xone");
-  terminal.type("\032EXIT\r");
+  terminal.type("{CTRL+Z}EXIT\r");
   EXPECT_EQ(terminal.exit_status(), 0);
 }
 
@@ -140,7 +141,7 @@ TEST(Visits, ByAMacro) {
   for (std::size_t i = 0; i < kTimes; ++i) {
     terminal.type("M\n");
     terminal.wait_until(on_screen, "  [EOB]\n");
-    terminal.type("\033OP\033OwM\rx\032y\032"); // inside the first visit, a second
+    terminal.type("{GOLD}{KP7}M\rx{CTRL+Z}y{CTRL+Z}"); // inside the first visit, a second
     terminal.wait_until(in_line_mode, "  line mode\n");
   }
   terminal.type("TYPE 1\n");

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+// A key by the name that stands between braces in what tests type, such as {KP7}.
+struct NamedKey {
+  std::string_view name;
+  std::string_view bytes; // that an xterm sends
+  int code;
+};
+
+std::span<const NamedKey> named_keys();
+
+// What an xterm sends for a text in which keys stand by their names; {CTRL+A} to {CTRL+Z} and {DELETE} are
+// names too.
+std::string key_bytes(std::string_view text);
