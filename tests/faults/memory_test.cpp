@@ -10,7 +10,7 @@ namespace {
 
 using namespace zan::test;
 
-constexpr long kShortFormStride = 5;
+constexpr long kShortFormStride = 13;
 constexpr long kAfterStart = 3; // before it, the run-time library takes its reserve for reporting the failure
 
 void set_up(const Stage& stage) {
@@ -99,21 +99,25 @@ class Session {
   Outcome whole_;
 };
 
-TEST(Memory, EveryAllocationFails) {
+const std::vector<std::string> kSessions = lines_of_file("faults/sessions.txt");
+
+class MemoryOf : public testing::TestWithParam<std::size_t> {};
+
+TEST_P(MemoryOf, EveryAllocationFails) {
   Promise promise(Promised::memory);
+  const Session session(unescape(kSessions[GetParam()]));
+  // A sanitizer has an allocator of its own.
+  if (!session.run(std::to_string(kAfterStart), promise))
+    GTEST_SKIP() << "allocations cannot be made to fail";
   const long stride = long_form() ? 1 : kShortFormStride;
-  long turn = 0; // so that the sessions do not all fail at the same places
-  for (const std::string& typed : lines_of_file("faults/sessions.txt")) {
-    const Session session(unescape(typed));
-    // A sanitizer has an allocator of its own.
-    if (!session.run(std::to_string(kAfterStart), promise))
-      GTEST_SKIP() << "allocations cannot be made to fail";
-    for (const char* all : {"", "+"}) {
-      for (long i = kAfterStart + 1 + turn++ % stride; session.run(std::to_string(i) + all, promise);
-           i += stride) {}
-    }
+  auto turn = static_cast<long>(2 * GetParam()); // so that the sessions do not all fail at the same places
+  for (const char* all : {"", "+"}) {
+    for (long i = kAfterStart + 1 + turn++ % stride; session.run(std::to_string(i) + all, promise);
+         i += stride) {}
   }
 }
+
+INSTANTIATE_TEST_SUITE_P(Sessions, MemoryOf, testing::Range(std::size_t{0}, kSessions.size()));
 
 TEST(Memory, WhatIsModifiedIsRescued) {
   const std::string little = "ulimit -v 100000; exec \"$0\" \"$@\"";

@@ -15,7 +15,7 @@ namespace {
 using namespace zan::test;
 
 // Shares no divisor with the number of errors, or of faults: each of them is met.
-constexpr long kShortFormStride = 9;
+constexpr long kShortFormStride = 19;
 
 // A row of the table of saves.
 struct Save : Row {

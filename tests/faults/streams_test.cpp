@@ -49,12 +49,11 @@ const std::string kLimit = "ulimit -t 2; exec \"$0\" \"$@\" ";
 
 TEST(Streams, TheEndOfInputEndsTheProgram) {
   Promise promise(Promised::end_of_input);
+  std::string text = "old\n";
+  for (int i = 0; i < (long_form() ? 1000 : 10); ++i) text += kTail + "\n";
   for (const Row& row : read_rows("ends")) {
-    const std::size_t megabytes = long_form() ? 100 : 10;
     const Stage stage;
     write_file(stage.home("commands"), "SUBSTITUTE/old/new/\nEXIT/X");
-    std::string text = "old\n";
-    for (std::size_t i = 0; i < megabytes * 10; ++i) text += kTail + "\n";
     write_file(stage / "f", text);
     const RunResult run =
         stage.run({{"f"}, unescape(key_bytes(row.get("typed", ""))), kLimit + row.get("input", "")});

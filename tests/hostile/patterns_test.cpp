@@ -38,14 +38,14 @@ TEST(Hostile, PatternsOfManyStars) {
 }
 
 TEST(Hostile, PatternsOfAMegabyte) {
-  constexpr std::size_t kMegabyte = 1000000;
+  const std::size_t megabyte = long_or_short(1000000, 100000);
   constexpr std::string_view kParts[] = {"a*", "%*b", "?", "a", "[ab]", "*", "\\a", "[^b]*", "a?"};
   Promise promise(Promised::patterns);
   const Sandbox box;
-  box.write("a.txt", std::string(100000, 'a') + "\n" + std::string(kMegabyte, 'a') + "\n");
-  for (std::size_t i = 0, parts = long_or_short(std::size(kParts), 3); i < parts; ++i) {
-    const std::string pattern = repeated(kParts[i], kMegabyte / kParts[i].size());
+  box.write("a.txt", std::string(100000, 'a') + "\n" + std::string(megabyte, 'a') + "\n");
+  for (const std::string_view part : kParts) {
+    const std::string pattern = repeated(part, megabyte / part.size());
     expect_answer(promise, box.run({"a.txt"}, "FIND/BRIEF " + pattern + "\nBACKUP\nFNDNXT/NOTYPE\nQUIT\n"),
-                  "a megabyte of " + std::string(kParts[i]));
+                  "a megabyte of " + std::string(part));
   }
 }
