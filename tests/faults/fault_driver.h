@@ -35,7 +35,8 @@ struct Row {
   std::string shell() const; // that runs the program as the wanted user; see Start
 };
 
-// The rows of the table of that name, but for those that only root can play. {255} is a name of that length.
+// The rows of the table of that name, but for those that this user, or a system without the shim, cannot
+// play. {255} is a name of that length.
 std::vector<Row> read_rows(const std::string& table);
 
 // How a run is to go wrong; see the shim.
@@ -76,6 +77,8 @@ class Stage {
 
 // Kind, mode, owner, number of links, extended attributes and, for a link, where it leads.
 std::string identity(const std::string& path);
+
+void set_attribute(const std::string& path, const std::string& name, std::string_view value);
 
 bool is_root();
 // A shell prefix that runs the program as nobody, for root; for others they are somebody else than root

@@ -1,7 +1,5 @@
 // What may stand in the place of the file that is saved, or of the journal.
 #include <algorithm>
-#include <cerrno>
-#include <sys/xattr.h>
 
 #include <gtest/gtest.h>
 
@@ -25,8 +23,7 @@ const std::string kAccessList("\2\0\0\0"
 
 void give_attribute(const std::string& name, const Stage& stage) {
   const bool on_directory = contains(name, "default");
-  ::setxattr((stage / (on_directory ? "" : "f")).c_str(), name.c_str(), kAccessList.data(),
-             kAccessList.size(), 0);
+  set_attribute(stage / (on_directory ? "" : "f"), name, kAccessList);
 }
 
 Files identities(const Stage& stage) {
@@ -57,6 +54,8 @@ std::string save_to(const Row& target, bool by_exit) {
   if (!contains(run.output + run.errors, said)) wrong += " it says: " + run.output + run.errors;
   if (run.status != (by_exit && !saved ? 2 : 0)) wrong += " status " + std::to_string(run.status);
   if (saved && text_in[0] != '/' && read_file(stage / text_in) != kNew) wrong += " text not in " + text_in;
+  const mode_t mode = stat_of(stage / text_in).st_mode & 07777;
+  if (target.is("mode") && mode != std::stoul(target.get("mode", ""), nullptr, 8)) wrong += " another mode";
   const auto may_come = [&](const std::string& path) {
     return path == "spare/j" || path == "work/" + text_in || (by_exit && !saved && is_rescue_copy(path));
   };
@@ -118,42 +117,6 @@ TEST(Places, OfTheJournal) {
       promise.ran(journal.name + (by_exit ? ", EXIT" : ", QUIT"), run_with(journal, by_exit));
 }
 
-// A file that is there but was not read whole: no text takes its place.
-TEST(Places, OfAFileThatCannotBeRead) {
-  Promise promise(Promised::places);
-  const Start start{{"f", "g"}, "NEXT\nINSERT x\nTYPE/SAVE\nEXIT\n"};
-  const auto failed = [&](const Fault& fault, std::vector<std::string>& calls) {
-    const Stage stage;
-    write_file(stage / "f", kOld);
-    const RunResult run = stage.run(start, 0, fault);
-    calls = stage.calls();
-    const bool said = run.output ==
-                          "$ EDIT/ZAN f\nInput file does not exist\n[EOB]\n*?Unable to write f\n**1 "
-                          "x\n?Unable to save f\n*" &&
-                      run.errors == "?Unable to write f\n" && run.status == 2;
-    const bool kept = read_file(stage / "f") == kOld && read_file(stage / "f.save") == "x\n";
-    return said && kept ? "" : run.output + run.errors;
-  };
-  // By another name of it.
-  const auto failed_by_name = [](const Fault& fault) {
-    const Stage stage;
-    write_file(stage / "f", kOld);
-    const RunResult run = stage.run({{"f", "-output=./f"}, "EXIT\n"}, 0, fault);
-    return run.errors == "?Unable to write ./f\n" && read_file(stage / "f") == kOld ? "" : run.output;
-  };
-  std::vector<std::string> calls;
-  failed({}, calls);
-  const auto opened = std::ranges::find(calls, "open f");
-  ASSERT_NE(opened, calls.end());
-  for (auto call = opened; call != calls.end() && !call->starts_with("close"); ++call)
-    for (const int error : {EACCES, EIO, EMFILE}) {
-      std::vector<std::string> ignored;
-      const Fault fault{std::to_string(error), call - calls.begin() + 1};
-      promise.ran(*call + " fails with error " + fault.how, failed(fault, ignored));
-      EXPECT_EQ(failed_by_name(fault), "") << *call;
-    }
-}
-
 // Neither beside the file and its journal nor at home; the text of another program and that of the session.
 TEST(Places, OfTheCopies) {
   for (const bool saves : {true, false}) {
@@ -166,22 +129,6 @@ TEST(Places, OfTheCopies) {
     EXPECT_EQ(run.status, saves ? 0 : 2) << run.errors;
     EXPECT_EQ(read_file(stage / "f"), saves ? "one\n" : "old\n");
     EXPECT_EQ(read_file(stage.home("spare/f.save")), saves ? "old\n" : "one\n");
-  }
-}
-
-TEST(Places, TheJournalIsSyncedOnlyWhileThePromptWaits) {
-  const auto synced = [](const Stage& stage) {
-    return std::ranges::any_of(stage.calls(), [](const auto& call) { return call.starts_with("fsync"); });
-  };
-  for (const bool waits : {true, false}) {
-    const Stage stage;
-    write_file(stage / "f", kOld);
-    Start start{{"f"}, waits ? "" : "TYPE 1\nQUIT\n"};
-    if (waits)
-      start.shell = R"((echo TYPE 1; until grep -q fsync ../log; do :; done; echo QUIT) | "$0" "$@")";
-    const RunResult run = stage.run(start, 1, {});
-    EXPECT_FALSE(run.timed_out);
-    EXPECT_EQ(synced(stage), waits);
   }
 }
 

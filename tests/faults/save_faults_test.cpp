@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <csignal>
 #include <set>
-#include <sys/xattr.h>
 
 #include <gtest/gtest.h>
 
@@ -46,7 +45,7 @@ void PrintTo(const Save& save, std::ostream* out) { *out << save.name; }
 
 void set_up(const Save& save, const Stage& stage) {
   write_file(stage / "f", save.old_text.empty() ? "old\n" : save.old_text);
-  ::setxattr((stage / "f").c_str(), "user.note", "hello", 5, 0);
+  set_attribute(stage / "f", "user.note", "hello");
   stage.prepare(save.script);
 }
 
@@ -279,6 +278,58 @@ TEST(Shim, KnowsEveryFileCall) {
       {{"PATH", "/usr/bin:/bin"}}, stage.home("."), "");
   EXPECT_EQ(missing.status, 0) << missing.errors;
   EXPECT_EQ(missing.output, "");
+}
+
+// A file that is there but was not read whole: no text takes its place.
+TEST(Unread, AFileKeepsItsText) {
+  Promise promise(Promised::places);
+  const Start start{{"f", "g"}, "NEXT\nINSERT x\nTYPE/SAVE\nEXIT\n"};
+  const auto failed = [&](const Fault& fault, std::vector<std::string>& calls) {
+    const Stage stage;
+    write_file(stage / "f", "old\n");
+    const RunResult run = stage.run(start, 0, fault);
+    calls = stage.calls();
+    const bool said = run.output ==
+                          "$ EDIT/ZAN f\nInput file does not exist\n[EOB]\n*?Unable to write f\n**1 "
+                          "x\n?Unable to save f\n*" &&
+                      run.errors == "?Unable to write f\n" && run.status == 2;
+    const bool kept = read_file(stage / "f") == "old\n" && read_file(stage / "f.save") == "x\n";
+    return said && kept ? "" : run.output + run.errors;
+  };
+  // By another name of it.
+  const auto failed_by_name = [](const Fault& fault) {
+    const Stage stage;
+    write_file(stage / "f", "old\n");
+    const RunResult run = stage.run({{"f", "-output=./f"}, "EXIT\n"}, 0, fault);
+    return run.errors == "?Unable to write ./f\n" && read_file(stage / "f") == "old\n" ? "" : run.output;
+  };
+  std::vector<std::string> calls;
+  failed({}, calls);
+  const auto opened = std::ranges::find(calls, "open f");
+  ASSERT_NE(opened, calls.end());
+  for (auto call = opened; call != calls.end() && !call->starts_with("close"); ++call)
+    for (const int error : {EACCES, EIO, EMFILE}) {
+      std::vector<std::string> ignored;
+      const Fault fault{std::to_string(error), call - calls.begin() + 1};
+      promise.ran(*call + " fails with error " + fault.how, failed(fault, ignored));
+      EXPECT_EQ(failed_by_name(fault), "") << *call;
+    }
+}
+
+TEST(Journal, IsSyncedOnlyWhileThePromptWaits) {
+  const auto synced = [](const Stage& stage) {
+    return std::ranges::any_of(stage.calls(), [](const auto& call) { return call.starts_with("fsync"); });
+  };
+  for (const bool waits : {true, false}) {
+    const Stage stage;
+    write_file(stage / "f", "old\n");
+    Start start{{"f"}, waits ? "" : "TYPE 1\nQUIT\n"};
+    if (waits)
+      start.shell = R"((echo TYPE 1; until grep -q fsync ../log; do :; done; echo QUIT) | "$0" "$@")";
+    const RunResult run = stage.run(start, 1, {});
+    EXPECT_FALSE(run.timed_out);
+    EXPECT_EQ(synced(stage), waits);
+  }
 }
 
 // What a rename or an overwrite relies on has reached the disk before it.
