@@ -33,12 +33,4 @@ TEST(Macros, NestAsDeepAsTheLimitAndNoDeeper) {
   }
 }
 
-TEST(Macros, JoinedAndSplitAgain) {
-  using Lines = std::vector<std::string>;
-  EXPECT_EQ(Editor::join_lines_as_text({}), "");
-  EXPECT_EQ(Editor::join_lines_as_text({"", "a", ""}), "\na\n");
-  EXPECT_EQ(Editor::split_macro_commands(Editor::join_lines_as_text({"TYPE 1", "  ", "FIND 'a;b'"})),
-            (Lines{"TYPE 1", "FIND 'a;b'"}));
-}
-
 } // namespace

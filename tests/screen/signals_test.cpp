@@ -409,25 +409,6 @@ TEST(Signals, EndOfInputRescuesToo) {
   EXPECT_EQ(zan::test::read_file(terminal.home() / "notes.txt.save"), "xone\ntwo\nthree\n");
 }
 
-TEST(Signals, AFailedExitSaysWhereTheTextIs) {
-  TerminalOptions options;
-  options.arguments = {"-output=no/f"};
-  TerminalDriver terminal(options);
-  terminal.type("INSERT x\nEXIT\n");
-  EXPECT_EQ(terminal.exit_status(), 2);
-  const std::string said = "?Unable to write no/f\r\n?Your text is in notes.txt.save\r\n";
-  EXPECT_TRUE(terminal.output().ends_with(said)) << terminal.output();
-}
-
-TEST(Signals, AJournalThatCannotBeWrittenIsSaidOnce) {
-  TerminalOptions options;
-  options.arguments = {"-journal=no/j"};
-  TerminalDriver terminal(options);
-  terminal.type("TYPE 1\nTYPE 2\nQUIT\n");
-  EXPECT_EQ(terminal.exit_status(), 0);
-  EXPECT_EQ(terminal.times_sent("?Unable to write journal no/j\r\n"), 1U) << terminal.output();
-}
-
 TEST(Interrupt, StopsTypingAndTheNextCommandRuns) {
   TerminalOptions options;
   options.text = lines(500000, 60);

@@ -130,24 +130,3 @@ TEST(Visits, ATerminalThatDoesNotWaitIsWaitedFor) {
   terminal.type("{CTRL+Z}EXIT\r");
   EXPECT_EQ(terminal.exit_status(), 0);
 }
-
-TEST(Visits, ByAMacro) {
-  const auto on_screen = [](const Shown& now) { return now.row(3) == "[EOB]"; };
-  const auto in_line_mode = [&](const Shown& now) { return !on_screen(now); };
-  TerminalOptions options;
-  options.startup = "DEFINE MACRO M AS \"CHANGE\"\n";
-  TerminalDriver terminal(options);
-  constexpr std::size_t kTimes = 25;
-  for (std::size_t i = 0; i < kTimes; ++i) {
-    terminal.type("M\n");
-    terminal.wait_until(on_screen, "  [EOB]\n");
-    terminal.type("{GOLD}{KP7}M\rx{CTRL+Z}y{CTRL+Z}"); // inside the first visit, a second
-    terminal.wait_until(in_line_mode, "  line mode\n");
-  }
-  terminal.type("TYPE 1\n");
-  terminal.shows_text("1 " + std::string("xyxyxyxyxy"));
-  terminal.type("QUIT\n");
-  EXPECT_EQ(terminal.exit_status(), 0);
-  EXPECT_EQ(terminal.times_sent("\033>"), kTimes);
-  EXPECT_TRUE(terminal.has_its_modes());
-}
