@@ -281,7 +281,7 @@ TEST(Shim, KnowsEveryFileCall) {
 }
 
 // A file that is there but was not read whole: no text takes its place.
-TEST(Unread, AFileKeepsItsText) {
+TEST(Unread, AFileIsNotReplaced) {
   Promise promise(Promised::places);
   const Start start{{"f", "g"}, "NEXT\nINSERT x\nTYPE/SAVE\nEXIT\n"};
   const auto failed = [&](const Fault& fault, std::vector<std::string>& calls) {
