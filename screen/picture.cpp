@@ -96,30 +96,32 @@ std::vector<Run> ascii_runs(std::string_view text, std::size_t reverse_begin, st
   return runs;
 }
 
-std::string line_number(const ScreenView& view, std::uint64_t row) {
-  return view.line_numbers ? std::to_string(row + 1) + " " : std::string();
+std::string line_number(std::uint64_t row) { return std::to_string(row + 1) + " "; }
+
+std::size_t number_columns(const ScreenView& view, std::uint64_t row) {
+  return view.line_numbers ? line_number(row).size() : 0;
 }
 
 // The cursor's column on the screen; negative when it is left of it.
 std::int64_t cursor_column(const ScreenView& view, std::uint64_t left_col) {
-  return static_cast<std::int64_t>(line_number(view, view.cursor.row).size()) +
+  return static_cast<std::int64_t>(number_columns(view, view.cursor.row)) +
          static_cast<std::int64_t>(view.cursor.col) - static_cast<std::int64_t>(left_col);
 }
 
 // The part of line `row` that its row of the screen has room for, in bytes of the line, and the number before
 // it.
 struct LinePart {
-  std::string number; // "" when lines have none
+  std::size_t number_columns = 0;
   std::uint64_t begin = 0;
   std::uint64_t end = 0;
 };
 
 LinePart visible_part(const ScreenView& view, std::uint64_t row, std::uint64_t length) {
-  std::string number = line_number(view, row);
+  const std::size_t number = number_columns(view, row);
   const std::uint64_t width = static_cast<std::uint64_t>(std::max(view.columns, 0));
   const std::uint64_t begin = view.truncate ? 0 : std::min(view.corner.left_col, length);
-  const std::uint64_t end = std::min(length, begin + width - std::min<std::uint64_t>(width, number.size()));
-  return {std::move(number), begin, end};
+  const std::uint64_t end = std::min(length, begin + width - std::min<std::uint64_t>(width, number));
+  return {number, begin, end};
 }
 
 // The columns of the row in reverse video, as begin and end.
@@ -127,7 +129,7 @@ std::pair<std::size_t, std::size_t> selected_columns(const ScreenView& view, std
                                                      const LinePart& part) {
   if (!view.selection || row < view.selection->start.row || row > view.selection->end.row) return {};
   const auto column = [&](std::uint64_t col) {
-    return static_cast<std::size_t>(part.number.size() + std::clamp(col, part.begin, part.end) - part.begin);
+    return static_cast<std::size_t>(part.number_columns + std::clamp(col, part.begin, part.end) - part.begin);
   };
   return {row == view.selection->start.row ? column(view.selection->start.col) : column(part.begin),
           row == view.selection->end.row ? column(view.selection->end.col) : column(part.end)};
@@ -143,8 +145,8 @@ void update_row(PictureRow& row, std::string_view bytes, std::size_t reverse_beg
 
 void update_line_row(PictureRow& shown, const ScreenView& view, std::uint64_t row, const LinePart& part,
                      std::string_view bytes) {
-  const std::string numbered = part.number.empty() ? std::string() : part.number + std::string(bytes);
-  if (!part.number.empty()) bytes = numbered;
+  std::string numbered;
+  if (view.line_numbers) bytes = numbered = line_number(row) + std::string(bytes);
   const auto [begin, end] = selected_columns(view, row, part);
   update_row(shown, bytes, begin, end, [&, first = begin, last = end] {
     return display_runs(bytes, first, last, view.columns, view.width);
@@ -153,7 +155,7 @@ void update_line_row(PictureRow& shown, const ScreenView& view, std::uint64_t ro
 
 // The line that begins at offset `start` of the text; returns the offset of its end.
 std::uint64_t update_line(PictureRow& shown, const ScreenView& view, std::uint64_t row, std::uint64_t start) {
-  constexpr std::uint64_t kShortLine = 256; // most are shorter: finding the line feed is faster than line_end
+  constexpr std::uint64_t kShortLine = 128; // most are shorter: finding the line feed is faster than line_end
   const TextView nearby = view.text.slice(start, start + kShortLine);
   const std::size_t length = nearby.get().find('\n');
   if (length != std::string_view::npos && !view.text.holds_literal_breaks()) {
