@@ -2,7 +2,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <set>
 #include <sstream>
 #include <unistd.h>
 
@@ -117,10 +116,15 @@ TEST(Keyboard, KeysOfEveryTerminal) {
       const auto other = differences.find("{" + std::string(name) + "}");
       typed += other != differences.end() ? other->second : bytes;
     }
-    const TypedAhead ahead(typed + "\177");
-    const zan::ScreenVisit visit(false);
-    ASSERT_TRUE(static_cast<bool>(visit));
-    for (const NamedKey& key : named_keys()) EXPECT_EQ(zan::read_key([] {}), key.code) << key.name;
-    EXPECT_TRUE((std::set{zan::kDelete, zan::kBackspace}.contains(zan::read_key([] {}).value_or(0))));
+    std::vector<int> codes;
+    {
+      const TypedAhead ahead(typed + "\177");
+      const zan::ScreenVisit visit(false);
+      while (visit && codes.size() <= named_keys().size()) codes.push_back(zan::read_key([] {}).value_or(0));
+    }
+    ASSERT_FALSE(codes.empty());
+    for (std::size_t i = 0; i < named_keys().size(); ++i)
+      EXPECT_EQ(codes[i], named_keys()[i].code) << named_keys()[i].name;
+    EXPECT_TRUE(codes.back() == zan::kDelete || codes.back() == zan::kBackspace);
   }
 }
