@@ -36,6 +36,7 @@ enum class Promised {
   memory,
   print,
   two_billion,
+  killed_typing,
 };
 
 // The runs of one promise. Prints "PROMISE row=1 runs=200 failed=0" at its end.

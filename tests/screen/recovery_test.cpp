@@ -1,9 +1,13 @@
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
+#include <random>
 #include <vector>
 
+#include "recovery/restore.h"
+#include "tests/promise.h"
 #include "tests/screen/terminal_driver.h"
 
 // What was typed at a terminal outlives kill -9.
@@ -101,6 +105,81 @@ TEST(Recovery, TellsOfASessionThatLivesAndOfNoneWhereItIsOff) {
   TerminalDriver silent(options);
   silent.shows_text("1 helloone");
   EXPECT_EQ(silent.times_sent("process"), 0U);
+}
+
+// Places where words can be typed: how one gets there, and what stands around a word.
+struct Typist {
+  const char* name;
+  const char* begin;
+  const char* before;
+  const char* behind;
+};
+
+constexpr Typist kTypists[] = {
+    {"screen", "CHANGE\n", "", " "},
+    {"prompt", "", "INSERT ", "\n"},
+    {"bare INSERT", "INSERT\n", "", "\n"},
+    {"nokeypad", "SET KEYPAD NOKEYPAD\nCHANGE\n", "I", " \r"},
+    {"another buffer", "FIND =OTHER\nCHANGE\n", "", " "},
+};
+
+std::string word(int number) { return "w" + std::to_string(number) + "w"; }
+
+// How many of the words, from the first on, are in the text.
+int words_in(std::string_view text) {
+  int count = 0;
+  for (std::size_t at = 0; (at = text.find(word(count), at)) != std::string_view::npos; ++count) continue;
+  return count;
+}
+
+int words_recorded(const TerminalDriver& terminal) {
+  const auto session = zan::read_session(zan::test::read_file(session_file(terminal)));
+  int count = 0;
+  if (session)
+    for (const auto& text : session->texts) count = std::max(count, words_in(text.lines.to_string()));
+  return count;
+}
+
+int words_restored(const std::shared_ptr<zan::test::ScratchDirectory>& home) {
+  TerminalOptions options;
+  options.home = home;
+  TerminalDriver(options).shows_text("1 one");
+  int count = 0;
+  for (const std::string& name : home->names())
+    if (name.ends_with(".save")) count = std::max(count, words_in(zan::test::read_file(*home / name)));
+  return count;
+}
+
+// Some typists at a time; each is killed at a moment of its own.
+void type_and_kill(unsigned seed, zan::test::Promise& promise) {
+  std::mt19937 random(seed);
+  std::vector<std::unique_ptr<TerminalDriver>> terminals;
+  std::vector<std::uint64_t> ends;
+  for (const Typist& typist : kTypists) {
+    terminals.push_back(std::make_unique<TerminalDriver>(TerminalOptions{}));
+    terminals.back()->shows_text("1 one");
+    terminals.back()->type(typist.begin);
+    ends.push_back(10 + random() % 60);
+  }
+  for (std::uint64_t number = 0; number < 70; ++number) {
+    for (std::size_t i = 0; i < terminals.size(); ++i) {
+      const Typist& typist = kTypists[i];
+      TerminalDriver& terminal = *terminals[i];
+      if (number < ends[i]) terminal.type(typist.before + word(static_cast<int>(number)) + typist.behind);
+      if (number != ends[i]) continue;
+      const int recorded = words_recorded(terminal);
+      kill(terminal.program(), SIGKILL);
+      terminal.exit_status();
+      promise.expect(words_restored(terminal.shared_home()) >= recorded, typist.name);
+    }
+    for (const auto& terminal : terminals) terminal->pause(10);
+  }
+}
+
+TEST(Recovery, WordsThatWereRecordedComeBack) {
+  zan::test::Promise promise(zan::test::Promised::killed_typing);
+  const unsigned batches = zan::test::long_form() ? 200 : 1;
+  for (unsigned seed = 1; seed <= batches; ++seed) type_and_kill(seed, promise);
 }
 
 } // namespace

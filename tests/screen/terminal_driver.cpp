@@ -237,6 +237,13 @@ bool TerminalDriver::read_output(int milliseconds) {
   return true;
 }
 
+void TerminalDriver::pause(int milliseconds) {
+  const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
+  for (auto now = Clock::now(); now < end && master_ >= 0; now = Clock::now())
+    if (!read_output(static_cast<int>(std::chrono::ceil<std::chrono::milliseconds>(end - now).count())))
+      return;
+}
+
 Shown TerminalDriver::shown() const {
   int rows = 0;
   int columns = 0;
