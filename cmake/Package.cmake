@@ -1,5 +1,5 @@
-# What `cmake --install` lays out, and what `cpack --preset release` packs: an archive, and a Debian package where
-# its tools are. The README's links hold among the installed documents too.
+# What `cmake --install` lays out, and what `cpack --preset release` packs: an archive, and a Debian and an RPM
+# package where their tools are. The README's links hold among the installed documents too.
 include(GNUInstallDirs)
 install(FILES README.md ARCHITECTURE.md CHANGELOG.md CONTRIBUTING.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR}
@@ -29,7 +29,7 @@ wildcards, undo and redo, macros, keys that the user defines, and a journal
 from which an interrupted session is recovered.")
 set(CPACK_PACKAGE_FILE_NAME zan-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR})
 set(CPACK_STRIP_FILES ON)
-set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/DebianLayout.cmake)
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/PackageLayout.cmake)
 set(CPACK_GENERATOR TGZ)
 
 find_program(DPKG_SHLIBDEPS dpkg-shlibdeps)
@@ -42,5 +42,22 @@ if(DPKG_SHLIBDEPS AND FILE_TYPE)
   set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 elseif(EXISTS /etc/debian_version)
   message(STATUS "For a Debian package from cpack install dpkg-dev and file")
+endif()
+
+find_program(RPMBUILD rpmbuild)
+mark_as_advanced(RPMBUILD)
+if(RPMBUILD)
+  list(APPEND CPACK_GENERATOR RPM)
+  set(CPACK_RPM_FILE_NAME RPM-DEFAULT)
+  set(CPACK_RPM_PACKAGE_SUMMARY ${PROJECT_DESCRIPTION})
+  set(CPACK_RPM_PACKAGE_DESCRIPTION ${CPACK_PACKAGE_DESCRIPTION})
+  set(CPACK_RPM_PACKAGE_GROUP Applications/Editors)
+  set(CPACK_RPM_PACKAGE_LICENSE "Copyright 2026 the ZAN developers")
+  set(CPACK_RPM_SPEC_MORE_DEFINE "%define packager ${CPACK_PACKAGE_CONTACT}")
+  # Directories of the system, and of other packages, are not the package's.
+  set(CPACK_RPM_EXCLUDE_FROM_AUTO_FILELIST_ADDITION
+      /usr/share/bash-completion /usr/share/bash-completion/completions /usr/share/zsh /usr/share/zsh/site-functions
+      /usr/share/fish /usr/share/fish/vendor_completions.d /usr/share/man /usr/share/man/man1
+      /usr/share/man/man5)
 endif()
 include(CPack)

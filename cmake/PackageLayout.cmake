@@ -1,12 +1,18 @@
-# Run by CPack on each package's files before it packs them: modes, and what Debian wants to be otherwise in its own.
+# Run by CPack on each package's files before it packs them: modes, man pages, and what Debian wants to be otherwise
+# in its own.
 
 # Directories are made as the umask of the one who packs says.
 file(CHMOD_RECURSE ${CPACK_TEMPORARY_DIRECTORY} DIRECTORY_PERMISSIONS
      OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
-if(NOT CPACK_GENERATOR STREQUAL "DEB")
+if(NOT CPACK_GENERATOR MATCHES "^(DEB|RPM)$")
   return()
 endif()
 set(usr ${CPACK_TEMPORARY_DIRECTORY}/usr)
+file(GLOB pages ${usr}/share/man/*/*)
+execute_process(COMMAND gzip -9n ${pages} COMMAND_ERROR_IS_FATAL ANY)
+if(NOT CPACK_GENERATOR STREQUAL "DEB")
+  return()
+endif()
 set(docs ${usr}/share/doc/zan)
 
 # Debian's zsh looks there.
@@ -29,6 +35,4 @@ endforeach()
 file(WRITE ${docs}/changelog "${entries}${trailer}")
 file(WRITE ${docs}/copyright "ZAN, a line and screen editor for a character terminal.\n\nCopyright 2026 the ZAN developers\n")
 file(CHMOD ${docs}/changelog ${docs}/copyright PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
-
-file(GLOB compressed ${docs}/changelog ${usr}/share/man/*/*)
-execute_process(COMMAND gzip -9n ${compressed} COMMAND_ERROR_IS_FATAL ANY)
+execute_process(COMMAND gzip -9n ${docs}/changelog COMMAND_ERROR_IS_FATAL ANY)
