@@ -1,10 +1,10 @@
 #include <algorithm>
-#include <cstdlib>
 #include <gtest/gtest.h>
 
 #include "tests/promise.h"
 #include "tests/screen/key_names.h"
 #include "tests/screen/terminal_driver.h"
+#include "tests/sessions/run_program.h"
 
 // Visits to the screen that no text tells of: what comes and goes in bulk, and what they leave behind.
 
@@ -103,14 +103,18 @@ TEST(Visits, KeysFromAPipeOrFile) {
       {"CHANGE\n{GOLD}{KP7}INSERT\r{CTRL+Z}z\r{CTRL+Z}\r{CTRL+Z}WRITE copy\n", "\32zone\ntwo\n"},
   };
   for (const auto& [typed, copy] : cases) {
-    for (const char* start : {"cat in | ", "<in "}) {
-      SCOPED_TRACE(start + std::string(typed));
+    for (const std::string start : {"", " <keys"}) {
+      const std::string input = key_bytes(typed);
+      SCOPED_TRACE(std::string(typed) + start);
       const zan::test::ScratchDirectory home;
-      zan::test::write_file(home / "notes.txt", "one\ntwo\n");
-      zan::test::write_file(home / "in", key_bytes(typed));
-      const std::string program = "TERM=xterm HOME=. timeout 20 '" ZAN_PROGRAM "' notes.txt >screen.out";
-      EXPECT_EQ(std::system(("cd " + home.path() + " && " + start + program).c_str()), 0);
-      EXPECT_EQ(zan::test::read_file(home / "copy"), copy);
+      std::filesystem::create_directory(home / "work");
+      zan::test::write_file(home / "work/notes.txt", "one\ntwo\n");
+      zan::test::write_file(home / "work/keys", input);
+      const std::string command = "exec '" ZAN_PROGRAM "' notes.txt" + start;
+      const RunResult run =
+          run_program("/bin/sh", {"-c", command}, {{"TERM", "xterm"}, {"HOME", "."}}, home.path(), input);
+      EXPECT_EQ(run.status, 0);
+      EXPECT_EQ(zan::test::read_file(home / "work/copy"), copy);
     }
   }
 }
