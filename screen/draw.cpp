@@ -59,8 +59,11 @@ void put_row(int row, const Row& runs) {
 } // namespace
 
 CharacterWidth character_width() {
-  static const bool shows_utf8 =
-      users_locale() != locale_t{} && std::string_view(nl_langinfo_l(CODESET, users_locale())) == "UTF-8";
+  // nl_langinfo_l answers for another locale where glibc is linked into the program.
+  static const bool shows_utf8 = [] {
+    const ScopedLocale locale(users_locale());
+    return std::string_view(nl_langinfo(CODESET)) == "UTF-8";
+  }();
   if (!shows_utf8) return nullptr;
   return [](char32_t character) {
     const ScopedLocale locale(users_locale());
