@@ -36,8 +36,8 @@ class StandardInput {
   // Positive when a read would not block, 0 after `milliseconds` (negative: no limit), negative after a
   // signal. `mask`, unless it is null, is the signal mask during the wait.
   int wait(const sigset_t* mask, int milliseconds) const;
-  // What is done while nothing can be read, a moment at a time: called when a wait without a limit begins, and
-  // again after the milliseconds that it returns; negative: not again during this wait.
+  // What is done while nothing can be read, a moment at a time: called when a wait without a limit begins,
+  // and again after the milliseconds that it returns; negative: not again during this wait.
   void set_idle(std::function<int()> idle) { idle_ = std::move(idle); }
   // After a wait: reads one byte, or a block once bytes come as fast as those of a paste. False at the end.
   bool read_key_bytes();
