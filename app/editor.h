@@ -119,6 +119,7 @@ class Editor : public EditorState {
   std::vector<zan::NamedText> texts_to_record() const;
   void stop_recovery(); // for this session, with a message
   void end_recovery();  // nothing is left to recover
+  void note_saved_text(const std::string& path, const zan::FileState& state); // of MAIN
 
   // ---- app/: Ctrl/C, EXIT and QUIT
   bool check_abort(bool verbose);

@@ -181,6 +181,7 @@ struct EditorState {
 
   // ---- fields: what is recorded for recovery
   bool recovery = true;
+  bool recovery_failed = false; // the file could not be written, which has turned it off
   zan::SessionLog session_log;
   zan::RecordPace record_pace;
   RecordedState recorded;

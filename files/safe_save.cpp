@@ -74,8 +74,8 @@ RenameResult replace_by_rename(int target, mode_t mode, const Place& place, cons
   return sync_directory(place.directory.get()) ? RenameResult::saved : RenameResult::failed;
 }
 
-// A device or a pipe: there is no old text to keep, and nothing to truncate. An interrupt ends the wait for its
-// reader.
+// A device or a pipe: there is no old text to keep, and nothing to truncate. An interrupt ends the wait for
+// its reader.
 bool write_stream(UniqueFd target, const ByteSource& source) {
   return write_to(target.get(), source, g_zan_abort_requested) && sync_fully(target.get()) && target.close();
 }

@@ -13,6 +13,7 @@ class RecordPace {
   static constexpr std::chrono::milliseconds kPause{800};
   static constexpr std::chrono::milliseconds kLongest{1800};
 
+  void hurry() { begun_ = Clock::time_point(); } // a record is due at once, if there is anything to record
   // Called before every wait: `changed` says whether there is something to record, `moved` whether there is
   // more than at the last call. The time until a record is due, not below 0; nothing: none is.
   std::optional<std::chrono::milliseconds> due_in(bool changed, bool moved, Clock::time_point now) {

@@ -198,7 +198,8 @@ std::vector<SessionReport> restore_sessions(const std::string& path, const LineS
     report.lives = !found.file;
     if (found.file) report = restore(found, on_disk, write_copy);
     else if (!is_running(found.process)) continue;
-    if (report.lives || report.failed || !report.copies.empty()) reports.push_back(std::move(report));
+    if (report.lives || report.failed || !report.copies.empty() || !report.lost_files.empty())
+      reports.push_back(std::move(report));
   }
   return reports;
 }

@@ -5,6 +5,7 @@
 #include <ctime>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "files/private_copy.h"
 #include "files/stat.h"
@@ -26,12 +27,11 @@ bool is_in_state(const std::string& path, const FileState& state) {
   return zan_stat(path.c_str(), &file) == 0 && state_of(file) == state;
 }
 
-std::optional<SessionFile> create_file_for(const std::string& path) {
+std::optional<SessionFile> create_file_for(const std::string& path, bool at_home) {
   const long process = ::getpid();
-  auto beside = SessionFile::create(directory_of(path), session_name_beside(path, process));
+  if (!at_home) return SessionFile::create(directory_of(path), session_name_beside(path, process));
   const char* home = std::getenv("HOME");
-  if (beside || home == nullptr) return beside;
-  return SessionFile::create(home, session_name_at_home(path, process));
+  return home != nullptr ? SessionFile::create(home, session_name_at_home(path, process)) : std::nullopt;
 }
 
 bool same_text(const LineStore& a, const LineStore& b) { return a.tree() == b.tree(); }
@@ -58,6 +58,7 @@ std::uint64_t digest_of(const LineStore& text) {
 
 void SessionLog::set_path(std::string edited) {
   path_ = std::move(edited);
+  at_home_ = false;
   started_ = now();
   anew_ = true;
 }
@@ -90,8 +91,27 @@ void SessionLog::record(std::vector<NamedText> texts) {
 
 bool SessionLog::go_on() {
   if (advance()) return true;
-  remove();
-  return false;
+  sync_.finish();
+  drop_incomplete_file();
+  anew_ = true;
+  if (std::exchange(at_home_, true)) {
+    stage_ = Stage::complete;
+    return false;
+  }
+  next_text_ = 0;
+  stage_ = Stage::writing;
+  return true;
+}
+
+// A file without a whole state is of no use, and the one that it was to replace comes back.
+void SessionLog::drop_incomplete_file() {
+  if (!file_ || first_size_ > 0) return;
+  file_->remove();
+  file_.reset();
+  if (!older_) return;
+  file_.emplace(std::move(*older_));
+  older_.reset();
+  first_size_ = file_->size();
 }
 
 bool SessionLog::advance() {
@@ -111,9 +131,11 @@ bool SessionLog::advance() {
 }
 
 bool SessionLog::open_file(EntryWriter& entries) {
-  if (!older_ && file_) older_.emplace(std::move(*file_));
+  drop_incomplete_file();
+  if (file_) older_.emplace(std::move(*file_));
   file_.reset();
-  auto fresh = create_file_for(path_);
+  first_size_ = 0;
+  auto fresh = create_file_for(path_, at_home_);
   if (!fresh) return false;
   file_.emplace(std::move(*fresh));
   if (!older_ && !file_->take_name()) return false;
@@ -122,7 +144,6 @@ bool SessionLog::open_file(EntryWriter& entries) {
   recorded_.clear();
   std::erase_if(bases_, [](const RecordBase& base) { return !is_in_state(base.path, base.state); });
   bases_put_ = 0;
-  first_size_ = 0;
   anew_ = false;
   entries.tag('h');
   entries.number(static_cast<std::uint64_t>(::getpid()));

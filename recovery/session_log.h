@@ -57,7 +57,8 @@ class SessionLog {
   void record(std::vector<NamedText> texts);
   bool is_complete() const { return stage_ == Stage::complete; } // and on the disk
   bool waits_for_disk() const { return stage_ == Stage::syncing && !sync_.done(); }
-  bool go_on(); // false when the file cannot be written: it has been removed then
+  // False when neither beside the edited file nor at home a file can be written. The last complete one stays.
+  bool go_on();
 
   bool has_file() const { return file_.has_value(); }
   void remove(); // waits for the disk
@@ -73,12 +74,14 @@ class SessionLog {
   void put_state(EntryWriter& entries);
   bool write(const EntryWriter& entries);
   bool settle();
+  void drop_incomplete_file();
 
   std::string path_;
   std::uint64_t started_ = 0; // seconds since 1970
   std::vector<RecordBase> bases_;
   std::size_t bases_put_ = 0; // in the file
   bool anew_ = true;
+  bool at_home_ = false; // there was no writing beside the edited file
   Stage stage_ = Stage::complete;
   std::vector<NamedText> texts_; // to be recorded
   std::size_t next_text_ = 0;

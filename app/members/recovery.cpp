@@ -29,6 +29,11 @@ std::string time_of_day(std::uint64_t seconds) {
   return {text, std::strftime(text, sizeof text, is_today ? "%H:%M" : "%Y-%m-%d %H:%M", &at)};
 }
 
+// Loading takes the carriage returns at the ends of lines away, and line feeds for ends of lines.
+bool loads_as_it_is(const zan::LineStore& text) {
+  return !text.holds_literal_breaks() && !text.may_hold_returns();
+}
+
 std::string joined(const std::vector<std::string>& parts) {
   std::string text;
   for (const std::string& part : parts) text += (text.empty() ? "" : ", ") + part;
@@ -69,8 +74,11 @@ void Editor::note_recovery_base(const std::string& path, const zan::FileState& s
 }
 
 int Editor::record_while_waiting() {
-  if (!recovery || g_zan_pending_signal != 0) {
-    if (!recovery) session_log.remove();
+  recovery_failed = recovery_failed && !recovery; // SET RECOVERY tries again
+  if (recovery_failed || g_zan_pending_signal != 0) return kNothingToDo;
+  if (!recovery) {
+    if (session_log.waits_for_disk()) return kLookAgain;
+    end_recovery();
     return kNothingToDo;
   }
   try {
@@ -88,7 +96,7 @@ int Editor::record_a_step() {
     const RecordedState now{current.lines(), buffers, current_buffer_name, typing ? typing->count() : 0};
     const auto due = record_pace.due_in(!(now == recorded), !(now == seen), zan::RecordPace::Clock::now());
     seen = now;
-    if (!due || !recovery) return kNothingToDo;
+    if (!due || recovery_failed) return kNothingToDo;
     if (due->count() > 0) return static_cast<int>(due->count());
     recorded = now;
     record_pace = {};
@@ -130,10 +138,22 @@ EditorState::Text EditorState::with_typed_lines() const {
 
 void Editor::stop_recovery() {
   recovery = false;
-  session_log.remove();
+  recovery_failed = true;
   const std::string line = "?Unable to record what is typed, for recovery";
   if (g_curses_active) status_message = line;
   else if (isatty(STDERR_FILENO) != 0) console.write_error(line + "\n");
 }
 
-void Editor::end_recovery() { session_log.remove(); }
+void Editor::end_recovery() {
+  session_log.remove();
+  recorded = {};
+}
+
+// The text as the file has it now need not be recovered, and what else there is begins a new file.
+void Editor::note_saved_text(const std::string& path, const zan::FileState& state) {
+  session_log.begin_anew();
+  recorded = {};
+  record_pace.hurry();
+  if (loads_as_it_is(*main_on_disk) && !rms_fixed) note_recovery_base(path, state, *main_on_disk);
+  if (texts_to_record().empty()) session_log.remove();
+}

@@ -19,11 +19,15 @@ bool differs(const LineStore& a, const LineStore& b) noexcept {
   }
 }
 
+// Macros are left out as they were defined, but for those that somebody has typed.
 bool would_be_lost(const EditorState& editor, std::string_view name, const LineStore& text) {
   if (name == "MAIN") return !editor.main_on_disk || differs(text, *editor.main_on_disk);
   const auto macro = editor.macro_texts.find(name);
   const bool is_definition = macro != editor.macro_texts.end() && !differs(text, macro->second);
-  return !text.empty() && !is_definition;
+  const TextBuffer* found = editor.buffers_found.find(name);
+  const bool is_typed =
+      editor.console.reads_terminal() && (found == nullptr || differs(text, found->lines()));
+  return !text.empty() && (is_typed || !is_definition);
 }
 
 } // namespace

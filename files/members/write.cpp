@@ -29,11 +29,6 @@ zan::LineStore rows_of(const zan::LineStore& text, const zan::RowStretch& rows) 
   return text.substore(text.line_start(rows.first), text.line_end(rows.first + rows.count - 1));
 }
 
-// Loading takes the carriage returns at the ends of lines away, and line feeds for ends of lines.
-bool loads_as_it_is(const zan::LineStore& text) {
-  return !text.holds_literal_breaks() && !text.may_hold_returns();
-}
-
 } // namespace
 
 void Editor::write_command(const std::string& arg, bool verbose) {
@@ -109,8 +104,7 @@ bool Editor::write_lines_file(std::string& path, const Text& text, const zan::Ro
   const bool is_mains = own != nullptr || (zan::file_exists(path) && is_same_file(path, input_file));
   if (saved && is_mains) {
     main_on_disk = rows_of(text, rows);
-    session_log.begin_anew();
-    if (loads_as_it_is(*main_on_disk) && !rms_fixed) note_recovery_base(path, saved.state, *main_on_disk);
+    note_saved_text(path, saved.state);
   }
   if (!saved && is_mains && saved.state.kind != zan::FileState::Kind::missing) main_on_disk.reset();
   if (saved) last_written_path = path;

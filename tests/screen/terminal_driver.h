@@ -67,7 +67,7 @@ class TerminalDriver {
   bool shows_text(std::string_view text);
   bool wait_until(const std::function<bool(const Shown&)>& wanted, const std::string& description);
   void pause(int milliseconds); // of somebody who does not type faster
-  int exit_status(); // waits for the end: the exit status, or 128 and the signal
+  int exit_status();            // waits for the end: the exit status, or 128 and the signal
   int exit_status_unread();
   double processor_seconds() const { return processor_seconds_; } // that the ended program used
 
