@@ -56,8 +56,8 @@ std::string_view EntryReader::take(std::uint64_t count) {
     rest_ = {};
     return {};
   }
-  const std::string_view taken = rest_.substr(0, count);
-  rest_.remove_prefix(count);
+  const std::string_view taken = rest_.substr(0, static_cast<std::size_t>(count));
+  rest_.remove_prefix(taken.size());
   return taken;
 }
 
@@ -89,7 +89,7 @@ RecordStream::RecordStream(std::string_view bytes) {
 
 std::optional<std::string_view> RecordStream::next() {
   if (rest_.size() < kHead) return std::nullopt;
-  const std::uint64_t size = little_endian(rest_.substr(0, 4));
+  const auto size = static_cast<std::size_t>(little_endian(rest_.substr(0, 4)));
   const std::uint64_t sum = little_endian(rest_.substr(4, 8));
   const std::string_view entries = rest_.substr(kHead, size);
   if (entries.size() < size || checksum(entries) != sum) {

@@ -105,13 +105,13 @@ NodeRef TextBuilder::of_base(std::uint64_t base, std::uint64_t offset, std::uint
     failed_ = true;
     return {};
   }
-  if (bases_[base] == nullptr) {
+  const LineStore* const text = bases_[static_cast<std::size_t>(base)];
+  if (text == nullptr) {
     whole_ = false;
     return {};
   }
-  const LineStore& text = *bases_[base];
-  if (offset > text.byte_count() || length > text.byte_count() - offset) failed_ = true;
-  return failed_ ? NodeRef() : text.substore(offset, offset + length).tree();
+  if (offset > text->byte_count() || length > text->byte_count() - offset) failed_ = true;
+  return failed_ ? NodeRef() : text->substore(offset, offset + length).tree();
 }
 
 NodeRef TextBuilder::of_block(const TextReader::Run& run, bool literal) {
