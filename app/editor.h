@@ -119,6 +119,7 @@ class Editor : public EditorState {
   std::vector<zan::NamedText> texts_to_record() const;
   void stop_recovery(); // for this session, with a message
   void end_recovery();  // nothing is left to recover
+  void hurry_recovery();
   void note_saved_text(const std::string& path, const zan::FileState& state); // of MAIN
 
   // ---- app/: Ctrl/C, EXIT and QUIT
@@ -285,7 +286,7 @@ class Editor : public EditorState {
   std::string prompt_line(const std::string& prompt);
   void command_prompt();
   void run_screen_command(const std::string& line); // of "Command:" or a user's key
-  std::string expand_formfeed_display(std::string line) const;
+  std::string expand_formfeed_display(const std::string& line) const;
 
   // ---- screen/: keys
   bool handle_screen_key(int key);

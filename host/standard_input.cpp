@@ -66,6 +66,7 @@ bool StandardInput::wait_for_line() {
 int StandardInput::wait(const sigset_t* mask, int milliseconds) const {
   for (;;) {
     const int limit = milliseconds < 0 && idle_ ? idle_() : milliseconds;
+    if (milliseconds < 0 && g_zan_pending_signal != 0) return -1; // it came while that was done
     fd_set input;
     FD_ZERO(&input);
     FD_SET(STDIN_FILENO, &input);

@@ -42,7 +42,8 @@ class SessionReader {
 
   std::optional<RecordedSession> session() {
     if (!state_) return std::nullopt;
-    RecordedSession session{started_, {}, {}};
+    RecordedSession session;
+    session.started = started_;
     load_bases(session.lost_files);
     std::vector<const LineStore*> texts;
     for (const Base& base : bases_) texts.push_back(base.text ? &*base.text : nullptr);
@@ -50,6 +51,7 @@ class SessionReader {
     bool all_whole = true;
     for (const auto& [name, reference] : *state_) {
       auto text = builder.text_of(reference);
+      session.failed = session.failed || !text;
       if (!text) continue;
       all_whole = all_whole && text->whole;
       session.texts.push_back({name, std::move(text->lines), text->whole});
@@ -137,17 +139,19 @@ class SessionReader {
   std::optional<References> state_;
 };
 
-std::string read_all(int descriptor) {
+// Nothing when it cannot be read.
+std::optional<std::string> read_all(int descriptor) {
   struct stat file {};
   std::string bytes;
-  if (::fstat(descriptor, &file) != 0 || file.st_size < 0) return bytes;
+  if (::fstat(descriptor, &file) != 0 || file.st_size < 0) return std::nullopt;
   bytes.resize(static_cast<std::size_t>(file.st_size));
   std::size_t used = 0;
   while (used < bytes.size()) {
     const ssize_t count = retry([&] {
       return ::pread(descriptor, bytes.data() + used, bytes.size() - used, static_cast<off_t>(used));
     });
-    if (count <= 0) break;
+    if (count < 0) return std::nullopt;
+    if (count == 0) break;
     used += static_cast<std::size_t>(count);
   }
   bytes.resize(used);
@@ -157,10 +161,14 @@ std::string read_all(int descriptor) {
 SessionReport restore(const FoundSession& found, const LineStore& on_disk, const CopyText& write_copy) {
   SessionReport report;
   report.process = found.process;
-  const std::string bytes = read_all(found.file.get());
-  if (const auto session = read_session(bytes)) {
+  const auto bytes = read_all(found.file.get());
+  const bool understood =
+      bytes && kRecoveryFileStart.starts_with(bytes->substr(0, kRecoveryFileStart.size()));
+  if (!understood) return report; // of another version, or nobody's: it stays
+  if (const auto session = read_session(*bytes)) {
     report.started = session->started;
     report.lost_files = session->lost_files;
+    report.damaged = session->failed;
     for (const auto& text : session->texts) {
       if (text.lines.empty() || (text.buffer == "MAIN" && text.lines == on_disk)) continue;
       auto copy = write_copy(text.buffer, text.lines);
@@ -198,7 +206,8 @@ std::vector<SessionReport> restore_sessions(const std::string& path, const LineS
     report.lives = !found.file;
     if (found.file) report = restore(found, on_disk, write_copy);
     else if (!is_running(found.process)) continue;
-    if (report.lives || report.failed || !report.copies.empty() || !report.lost_files.empty())
+    if (report.lives || report.failed || !report.copies.empty() || report.damaged ||
+        !report.lost_files.empty())
       reports.push_back(std::move(report));
   }
   return reports;

@@ -21,6 +21,7 @@ struct RecordedSession {
   };
   std::vector<Text> texts;
   std::vector<std::string> lost_files; // that are not as they were, and were needed
+  bool failed = false;                 // some text cannot be made of what the file says
 };
 
 // The texts as they were recorded last in a file that holds `bytes`. Nothing where no state is whole: the
@@ -33,7 +34,8 @@ struct SessionReport {
   std::uint64_t started = 0;       // seconds since 1970
   std::vector<std::string> copies; // paths, of what was restored
   std::vector<std::string> lost_files;
-  bool failed = false; // some copy could not be written: the session's file stays
+  bool failed = false;  // some copy could not be written: the session's file stays
+  bool damaged = false; // some text cannot be made of what the file says
 };
 
 // Restores the sessions on the file `path` that have ended early, and removes their files. `write_copy`

@@ -94,9 +94,10 @@ void find_in(const std::string& path, const std::string& stem, std::vector<Found
 } // namespace
 
 std::string absolute_path(const std::string& path) {
-  if (path.starts_with('/')) return path;
-  const std::unique_ptr<char, decltype(&std::free)> here(::realpath(".", nullptr), &std::free);
-  return (here != nullptr ? std::string(here.get()) + "/" : "") + path;
+  const std::unique_ptr<char, decltype(&std::free)> directory(::realpath(directory_of(path).c_str(), nullptr),
+                                                              &std::free);
+  if (directory == nullptr) return path;
+  return path_in(directory.get(), path.substr(path.rfind('/') + 1));
 }
 
 std::string session_name_beside(const std::string& path, long process) {

@@ -14,7 +14,7 @@ namespace zan {
 
 // The names of a session's file: beside the edited file, and where that cannot be, at home, where a digest
 // stands for the whole path. Any number of sessions may edit one file.
-std::string absolute_path(const std::string& path); // links in it are not followed
+std::string absolute_path(const std::string& path); // by its real directory; as it is where there is none
 std::string session_name_beside(const std::string& path, long process);
 std::string session_name_at_home(const std::string& path, long process);
 

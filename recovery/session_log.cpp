@@ -59,6 +59,7 @@ std::uint64_t digest_of(const LineStore& text) {
 void SessionLog::set_path(std::string edited) {
   path_ = std::move(edited);
   at_home_ = false;
+  bases_.clear();
   started_ = now();
   anew_ = true;
 }
@@ -66,6 +67,8 @@ void SessionLog::set_path(std::string edited) {
 void SessionLog::add_base(RecordBase base) {
   if (base.text.byte_count() <= kLongText || base.state.kind != FileState::Kind::present) return;
   base.path = absolute_path(base.path);
+  const auto same_path = [&](const RecordBase& other) { return other.path == base.path; };
+  if (std::erase_if(bases_, same_path) > 0) anew_ = true; // the bases in the file are counted
   bases_.push_back(std::move(base));
 }
 
@@ -142,6 +145,7 @@ bool SessionLog::open_file(EntryWriter& entries) {
   if (recorder_) numbers_ = recorder_->next();
   recorder_.emplace(numbers_);
   recorded_.clear();
+  next_text_ = 0;
   std::erase_if(bases_, [](const RecordBase& base) { return !is_in_state(base.path, base.state); });
   bases_put_ = 0;
   anew_ = false;

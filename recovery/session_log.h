@@ -45,8 +45,10 @@ class SessionLog {
   SessionLog(const SessionLog&) = delete;
   SessionLog& operator=(const SessionLog&) = delete;
 
-  void set_path(std::string edited); // files are named for it, and its session is said to begin now
-  // A file was read or written. Short texts are no bases: they are recorded, and need nothing to be restored.
+  // Files are named for it, and its session is said to begin now. There are no bases yet.
+  void set_path(std::string edited);
+  // A file was read or written; what it was before is no base any more. Short texts are no bases: they are
+  // recorded, and need nothing to be restored.
   void add_base(RecordBase base);
   // Everything begins anew, in another file that takes the place of the one there is, if any: the bases may
   // have changed.

@@ -64,6 +64,7 @@ void set_handler(int signal, void (*handler)(int), int flags = 0) {
 std::string_view capability(const char* name) {
   const char* text = tigetstr(const_cast<char*>(name)); // some libraries declare it without const
   // ncurses returns the address -1 for "no such capability".
+  // NOLINTNEXTLINE(performance-no-int-to-ptr)
   return text == nullptr || text == reinterpret_cast<const char*>(-1) ? std::string_view() : text;
 }
 

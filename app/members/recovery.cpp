@@ -45,6 +45,7 @@ std::string report_line(const std::string& name, const zan::SessionReport& repor
   std::string line = "?A session of " + time_of_day(report.started) + " on " + name + " ended early";
   if (!report.copies.empty()) line += "; its text is in " + joined(report.copies);
   if (report.failed) line += "; some of its text could not be written";
+  if (report.damaged) line += "; some of its text is damaged";
   if (!report.lost_files.empty()) line += "; what stood in " + joined(report.lost_files) + " is missing";
   return line + "\n";
 }
@@ -149,11 +150,15 @@ void Editor::end_recovery() {
   recorded = {};
 }
 
+// What has been recorded may refer to a file that was written.
+void Editor::hurry_recovery() {
+  recorded = {};
+  record_pace.hurry();
+}
+
 // The text as the file has it now need not be recovered, and what else there is begins a new file.
 void Editor::note_saved_text(const std::string& path, const zan::FileState& state) {
   session_log.begin_anew();
-  recorded = {};
-  record_pace.hurry();
   if (loads_as_it_is(*main_on_disk) && !rms_fixed) note_recovery_base(path, state, *main_on_disk);
   if (texts_to_record().empty()) session_log.remove();
 }

@@ -108,6 +108,7 @@ bool Editor::write_lines_file(std::string& path, const Text& text, const zan::Ro
   }
   if (!saved && is_mains && saved.state.kind != zan::FileState::Kind::missing) main_on_disk.reset();
   if (saved) last_written_path = path;
+  if (saved) hurry_recovery();
   return static_cast<bool>(saved);
 }
 

@@ -1,6 +1,6 @@
 #include "app/editor.h"
 
-std::string Editor::expand_formfeed_display(std::string line) const {
+std::string Editor::expand_formfeed_display(const std::string& line) const {
   std::string expanded;
   for (const char c : line) {
     if (c == '\f') expanded += text_formfeed;

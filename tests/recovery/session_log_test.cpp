@@ -66,6 +66,20 @@ TEST(SessionLog, GivesBackEveryState) {
   }
 }
 
+// A save comes while a long state is being written.
+TEST(SessionLog, ANewFileHasAllOfAStateThatIsHalfWritten) {
+  const ScratchDirectory dir;
+  const Texts texts{{"A", LineStore::from_text("short")},
+                    {"B", LineStore::from_text(std::string(2'000'000, 'b'))}};
+  SessionLog log;
+  log.set_path(dir / "f");
+  log.record(texts);
+  for (int step = 0; step < 3; ++step) ASSERT_TRUE(log.go_on());
+  log.begin_anew();
+  while (!log.is_complete()) ASSERT_TRUE(log.go_on());
+  EXPECT_TRUE(same(texts_in(read_file(session_file(dir))), texts));
+}
+
 TEST(SessionLog, ATornOrDamagedFileGivesAnEarlierState) {
   const ScratchDirectory dir;
   std::mt19937 random(4);
