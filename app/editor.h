@@ -111,8 +111,8 @@ class Editor : public EditorState {
   void delete_journal_file();
 
   // ---- app/: the session's file, from which it is recovered
-  void begin_recovery(); // restores what other sessions on the file have left; at a terminal only
-  void restore_sessions_of(const std::string& path);
+  void begin_recovery();   // when MAIN's file has been loaded; at a terminal only
+  void restore_sessions(); // what other sessions on the file have left
   void note_recovery_base(const std::string& path, const zan::FileState& state, const Text& text);
   int record_while_waiting(); // for StandardInput::set_idle
   int record_a_step();
@@ -129,7 +129,7 @@ class Editor : public EditorState {
   void do_save(bool verbose);
   void report_kept_text(const std::string& path, const std::string& copy);
   void report_failed_save(const std::string& error, bool verbose); // and where the texts are
-  void report_unsaved_copy(); // on standard error, after the message of a save that has failed
+  void report_unsaved_copy(); // in line mode, after the message of a save that has failed
 
   // ---- app/: output and input of commands
   // Writes the parts to standard output, when verbose.
@@ -146,6 +146,9 @@ class Editor : public EditorState {
     say(verbose, parts..., "\n");
     if (!verbose) show_on_row({parts...}, true);
   }
+  // What the user must know, silent or not: on the message row while the screen is up, else on standard error
+  // where that is a terminal.
+  void notify(const std::string& line);
   void show_on_row(std::initializer_list<std::string_view> line, bool error);
   // One more line for a command that reads text: from standard input, after `prompt` when verbose; or, while
   // the screen is up, at its prompt "_", which stands behind `how_to_end` until something is typed.

@@ -41,6 +41,15 @@ std::string_view strip_optional_quotes(std::string_view text) {
   return quoted ? text.substr(1, text.size() - 2) : text;
 }
 
+std::string joined(const std::vector<std::string>& parts, std::string_view separator) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (&part != &parts.front()) text += separator;
+    text += part;
+  }
+  return text;
+}
+
 std::string counted(std::uint64_t count, std::string_view noun) {
   return std::to_string(count).append(" ").append(noun).append(count == 1 ? "" : "s");
 }

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 // Character classes and case of single bytes, in the "C" locale: only ASCII letters change case, bytes above
 // 127 belong to no class. This is the one place that calls <cctype>, which is undefined for negative chars.
@@ -32,6 +33,7 @@ std::string lower(std::string_view text);
 bool starts_with_ci(std::string_view text, std::string_view prefix);
 // Without the double quotes when it begins and ends with one; a single `"` stays.
 std::string_view strip_optional_quotes(std::string_view text);
+std::string joined(const std::vector<std::string>& parts, std::string_view separator);
 std::string counted(std::uint64_t count, std::string_view noun); // "1 line", "2 lines"
 
 // What stands on the two sides of a separator.

@@ -1,7 +1,5 @@
 #include "app/editor.h"
 
-#include <unistd.h>
-
 #include "files/journal_file.h"
 #include "screen/terminal.h"
 
@@ -25,9 +23,9 @@ void Editor::append_journal_line(const std::string& line) {
   if (is_comment_or_blank(line)) return;
   if (zan::append_journal_line(journal_of(*this), line)) {
     journal_unsynced = true;
-  } else if (!journal_failure_said && !g_curses_active && isatty(STDERR_FILENO) != 0) {
+  } else if (!journal_failure_said && !g_curses_active) {
     journal_failure_said = true;
-    console.write_error("?Unable to write journal " + journal_path() + "\n");
+    notify("?Unable to write journal " + journal_path());
   }
 }
 

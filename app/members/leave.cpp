@@ -85,6 +85,5 @@ void Editor::report_failed_save(const std::string& error, bool verbose) {
 }
 
 void Editor::report_unsaved_copy() {
-  if (unsaved_copy.empty() || g_curses_active || ::isatty(STDERR_FILENO) == 0) return;
-  console.write_error("?The new text is in " + unsaved_copy + "\n");
+  if (!unsaved_copy.empty() && !g_curses_active) notify("?The new text is in " + unsaved_copy);
 }

@@ -17,7 +17,6 @@ int Editor::run() {
   buffers.entry("MAIN") = current;
   buffers.entry("PASTE") = TextBuffer();
   current_buffer_name = "MAIN";
-  note_recovery_base(input_file, current.origin()->state, current.lines());
   begin_recovery();
   load_startup_file();
   buffers_found = buffers;

@@ -8,7 +8,7 @@
 #include "app/members/rescue.h"
 #include "host/signals.h"
 #include "recovery/restore.h"
-#include "screen/terminal.h"
+#include "text/bytes.h"
 
 // What is typed at a terminal is recorded while the program waits, so that it outlives the program, whatever
 // ends it; and what an earlier session has left is made a copy of when the next one begins.
@@ -34,38 +34,34 @@ bool loads_as_it_is(const zan::LineStore& text) {
   return !text.holds_literal_breaks() && !text.may_hold_returns();
 }
 
-std::string joined(const std::vector<std::string>& parts) {
-  std::string text;
-  for (const std::string& part : parts) text += (text.empty() ? "" : ", ") + part;
-  return text;
-}
-
 std::string report_line(const std::string& name, const zan::SessionReport& report) {
-  if (report.lives) return "?" + name + " is being edited by process " + report.process + "\n";
+  if (report.lives) return "?" + name + " is being edited by process " + report.process;
   std::string line = "?A session of " + time_of_day(report.started) + " on " + name + " ended early";
-  if (!report.copies.empty()) line += "; its text is in " + joined(report.copies);
+  if (!report.copies.empty()) line += "; its text is in " + zan::joined(report.copies, ", ");
   if (report.failed) line += "; some of its text could not be written";
   if (report.damaged) line += "; some of its text is damaged";
-  if (!report.lost_files.empty()) line += "; what stood in " + joined(report.lost_files) + " is missing";
-  return line + "\n";
+  if (!report.lost_files.empty())
+    line += "; what stood in " + zan::joined(report.lost_files, ", ") + " is missing";
+  return line;
 }
 
 } // namespace
 
 void Editor::begin_recovery() {
   if (!console.reads_terminal()) return;
-  restore_sessions_of(input_file);
+  restore_sessions();
   session_log.set_path(input_file);
+  note_recovery_base(input_file, current.origin()->state, current.lines());
   zan::standard_input().set_idle([this] { return record_while_waiting(); });
 }
 
-void Editor::restore_sessions_of(const std::string& path) {
+void Editor::restore_sessions() {
   const auto copy = [this](std::string_view buffer, const Text& text) {
     return zan::write_copy(*this, buffer, text);
   };
   try {
-    for (const zan::SessionReport& report : zan::restore_sessions(path, main_on_disk.value_or(Text()), copy))
-      if (!recover && isatty(STDERR_FILENO) != 0) console.write_error(report_line(path, report));
+    for (const auto& report : zan::restore_sessions(input_file, main_on_disk.value_or(Text()), copy))
+      if (!recover) notify(report_line(input_file, report));
   } catch (const std::exception&) { // no memory: the files stay for the next session
   }
 }
@@ -140,9 +136,7 @@ EditorState::Text EditorState::with_typed_lines() const {
 void Editor::stop_recovery() {
   recovery = false;
   recovery_failed = true;
-  const std::string line = "?Unable to record what is typed, for recovery";
-  if (g_curses_active) status_message = line;
-  else if (isatty(STDERR_FILENO) != 0) console.write_error(line + "\n");
+  notify("?Unable to record what is typed, for recovery");
 }
 
 void Editor::end_recovery() {
@@ -158,6 +152,7 @@ void Editor::hurry_recovery() {
 
 // The text as the file has it now need not be recovered, and what else there is begins a new file.
 void Editor::note_saved_text(const std::string& path, const zan::FileState& state) {
+  if (!console.reads_terminal()) return;
   session_log.begin_anew();
   if (loads_as_it_is(*main_on_disk) && !rms_fixed) note_recovery_base(path, state, *main_on_disk);
   if (texts_to_record().empty()) session_log.remove();

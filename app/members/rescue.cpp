@@ -6,6 +6,7 @@
 #include "files/rescue_copy.h"
 #include "host/signals.h"
 #include "screen/terminal.h"
+#include "text/bytes.h"
 
 namespace zan {
 
@@ -67,10 +68,7 @@ std::vector<std::string> rescue(EditorState& editor) noexcept {
 void say_where_rescued(const std::vector<std::string>& copies, std::string_view before) noexcept {
   if (copies.empty() || isatty(STDERR_FILENO) == 0) return;
   try {
-    std::string line(before);
-    for (const std::string& copy : copies)
-      line += (&copy == &copies.front() ? "?Your text is in " : ", ") + copy;
-    line += '\n';
+    const std::string line = std::string(before) + "?Your text is in " + joined(copies, ", ") + "\n";
     limit_waits();
     [[maybe_unused]] const ssize_t count = ::write(STDERR_FILENO, line.data(), line.size());
   } catch (...) { // no memory

@@ -38,12 +38,10 @@ Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
   }
   file_index = index;
   input_file = files[index];
-  session_log.set_path(input_file);
   input_found = found;
   current = std::move(loaded);
   main_on_disk = current.lines();
-  note_recovery_base(input_file, current.origin()->state, current.lines());
-  if (console.reads_terminal()) restore_sessions_of(input_file);
+  begin_recovery();
   buffers.entry("MAIN") = current;
   current_buffer_name = "MAIN";
   cursor_row = 0;

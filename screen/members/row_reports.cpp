@@ -1,6 +1,8 @@
+#include <unistd.h>
 #include <utility>
 
 #include "app/editor.h"
+#include "screen/terminal.h"
 
 Editor::RowReports::RowReports(Editor& editor, bool on)
     : editor_(editor),
@@ -14,6 +16,11 @@ void Editor::show_on_row(std::initializer_list<std::string_view> line, bool erro
   for (const std::string_view part : line) text += part;
   if (error) row_error = text;
   status_message = std::move(text);
+}
+
+void Editor::notify(const std::string& line) {
+  if (g_curses_active) status_message = line;
+  else if (isatty(STDERR_FILENO) != 0) console.write_error(line + "\n");
 }
 
 void Editor::run_screen_command(const std::string& line) {

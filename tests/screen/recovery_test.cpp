@@ -15,7 +15,8 @@ namespace {
 
 std::string session_file(const TerminalDriver& terminal) {
   for (const std::string& name : terminal.home().names())
-    if (name.starts_with(".notes.txt.zan-recovery-")) return terminal.home() / name;
+    if (name.starts_with(".") && !name.starts_with("..") && name.find(".zan-recovery-") != name.npos)
+      return terminal.home() / name;
   return "";
 }
 
@@ -107,6 +108,34 @@ TEST(Recovery, TellsOfASessionThatLivesAndOfNoneWhereItIsOff) {
   EXPECT_EQ(silent.times_sent("process"), 0U);
 }
 
+// All of a long file but what was typed stays where it is.
+TEST(Recovery, AKeyInALongFileIsRecordedInAFewBytes) {
+  TerminalOptions options;
+  for (int line = 0; line < 200'000; ++line) options.text += "a line of text\n";
+  TerminalDriver terminal(options);
+  terminal.enter_screen();
+  terminal.type("typed");
+  ASSERT_TRUE(is_recorded(terminal, "typed"));
+  EXPECT_LT(std::filesystem::file_size(session_file(terminal)), 1000U);
+}
+
+TEST(Recovery, WhatWasTypedIntoTheNextFileIsSaidOnTheMessageRow) {
+  TerminalOptions options;
+  options.columns = 120;
+  options.arguments = {"other.txt"};
+  TerminalDriver dead(options);
+  dead.shows_text("1 one");
+  dead.type("NEXT\nINSERT hello\n");
+  ASSERT_TRUE(is_recorded(dead, "hello"));
+  kill(dead.program(), SIGKILL);
+  dead.exit_status();
+  options.home = dead.shared_home();
+  TerminalDriver terminal(options);
+  terminal.enter_screen();
+  terminal.type("{GOLD}{KP7}NEXT\r");
+  terminal.shows_text("on other.txt ended early; its text is in other.txt.save");
+}
+
 // Places where words can be typed: how one gets there, and what stands around a word.
 struct Typist {
   const char* name;
@@ -136,7 +165,7 @@ int words_recorded(const TerminalDriver& terminal) {
   const auto session = zan::read_session(zan::test::read_file(session_file(terminal)));
   int count = 0;
   if (session)
-    for (const auto& text : session->texts) count = std::max(count, words_in(text.lines.to_string()));
+    for (const auto& text : session->texts) count = std::max(count, words_in(text.text.to_string()));
   return count;
 }
 
