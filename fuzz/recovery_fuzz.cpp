@@ -16,10 +16,10 @@ void read(std::string_view before, std::string_view entries) {
   const auto session = zan::read_session(file);
   if (!session) return;
   for (const auto& text : session->texts) {
-    zan::PieceWalker walker(text.lines, 0, 100'000);
+    zan::PieceWalker walker(text.text, 0, 100'000);
     std::uint64_t bytes = 0;
     for (zan::Chunk chunk; bytes < 100'000 && walker.next(chunk);) bytes += chunk.bytes.size();
-    if (bytes > text.lines.byte_count()) std::abort();
+    if (bytes > text.text.byte_count()) std::abort();
   }
 }
 

@@ -15,7 +15,6 @@ class BackgroundSync {
   ~BackgroundSync() { finish(); }
 
   void start(std::function<bool()> sync); // what it uses must live until finish(); one at a time
-  bool started() const { return thread_.joinable() || done_; }
   bool done() const { return done_; }
   bool finish(); // waits; what the last one returned, true when there was none
 

@@ -16,7 +16,6 @@ class EntryWriter {
   void text(std::string_view bytes); // its length before it
   void raw(std::string_view parts) { bytes_ += parts; }
   const std::string& bytes() const { return bytes_; }
-  void clear() { bytes_.clear(); }
 
  private:
   std::string bytes_;

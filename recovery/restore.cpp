@@ -44,19 +44,19 @@ class SessionReader {
     if (!state_) return std::nullopt;
     RecordedSession session;
     session.started = started_;
-    load_bases(session.lost_files);
     std::vector<const LineStore*> texts;
-    for (const Base& base : bases_) texts.push_back(base.text ? &*base.text : nullptr);
+    for (Base& base : bases_) {
+      if (is_there(base)) base.text = load(base);
+      texts.push_back(base.text ? &*base.text : nullptr);
+    }
     TextBuilder builder(reader_, texts);
-    bool all_whole = true;
     for (const auto& [name, reference] : *state_) {
       auto text = builder.text_of(reference);
       session.failed = session.failed || !text;
-      if (!text) continue;
-      all_whole = all_whole && text->whole;
-      session.texts.push_back({name, std::move(text->lines), text->whole});
+      if (text) session.texts.push_back({name, std::move(*text)});
     }
-    if (all_whole) session.lost_files.clear();
+    for (const std::uint64_t base : builder.missing_bases())
+      session.lost_files.push_back(bases_[static_cast<std::size_t>(base)].path);
     return session;
   }
 
@@ -107,13 +107,6 @@ class SessionReader {
     }
     if (!entry.failed()) state_ = std::move(changed);
     return !entry.failed();
-  }
-
-  void load_bases(std::vector<std::string>& lost) {
-    for (Base& base : bases_) {
-      if (is_there(base)) base.text = load(base);
-      if (!base.text) lost.push_back(base.path);
-    }
   }
 
   // The device's number may be another one after the machine has started again.
@@ -170,8 +163,8 @@ SessionReport restore(const FoundSession& found, const LineStore& on_disk, const
     report.lost_files = session->lost_files;
     report.damaged = session->failed;
     for (const auto& text : session->texts) {
-      if (text.lines.empty() || (text.buffer == "MAIN" && text.lines == on_disk)) continue;
-      auto copy = write_copy(text.buffer, text.lines);
+      if (text.text.empty() || (text.name == "MAIN" && text.text == on_disk)) continue;
+      auto copy = write_copy(text.name, text.text);
       if (copy) report.copies.push_back(std::move(*copy));
       else report.failed = true;
     }
@@ -183,10 +176,11 @@ SessionReport restore(const FoundSession& found, const LineStore& on_disk, const
   return report;
 }
 
-// The lock is somebody's who restores a dead session's file just now.
-bool is_running(const std::string& process) {
+// The lock may be this session's, on a file of the text that it edited before; or somebody's who restores a
+// dead session's file just now.
+bool is_another_session(const std::string& process) {
   const long number = std::strtol(process.c_str(), nullptr, 10);
-  return number > 0 && (::kill(static_cast<pid_t>(number), 0) == 0 || errno != ESRCH);
+  return number > 0 && number != ::getpid() && (::kill(static_cast<pid_t>(number), 0) == 0 || errno != ESRCH);
 }
 
 } // namespace
@@ -205,7 +199,7 @@ std::vector<SessionReport> restore_sessions(const std::string& path, const LineS
     report.process = found.process;
     report.lives = !found.file;
     if (found.file) report = restore(found, on_disk, write_copy);
-    else if (!is_running(found.process)) continue;
+    else if (!is_another_session(found.process)) continue;
     if (report.lives || report.failed || !report.copies.empty() || report.damaged ||
         !report.lost_files.empty())
       reports.push_back(std::move(report));

@@ -7,21 +7,17 @@
 #include <string_view>
 #include <vector>
 
-#include "text/line_store.h"
+#include "recovery/named_text.h"
 
 namespace zan {
 
 // What the file of a session says.
 struct RecordedSession {
   std::uint64_t started = 0; // seconds since 1970
-  struct Text {
-    std::string buffer;
-    LineStore lines;
-    bool whole = true; // false: some of it stood in a file that has changed or gone
-  };
-  std::vector<Text> texts;
-  std::vector<std::string> lost_files; // that are not as they were, and were needed
-  bool failed = false;                 // some text cannot be made of what the file says
+  std::vector<NamedText> texts;
+  std::vector<std::string>
+      lost_files;      // that are not as they were; what stood in them is missing in the texts
+  bool failed = false; // some text cannot be made of what the file says
 };
 
 // The texts as they were recorded last in a file that holds `bytes`. Nothing where no state is whole: the

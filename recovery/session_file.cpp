@@ -142,8 +142,9 @@ bool SessionFile::take_place_of(SessionFile& older) {
     return true;
   }
   name_ = older.name_;
-  older.named_ = false;
-  return named_ = file_.rename_over(name_);
+  named_ = file_.rename_over(name_);
+  if (named_) older.named_ = false;
+  return named_;
 }
 
 bool SessionFile::sync() const { return sync_fully(file_.descriptor()) && sync_directory(directory_.get()); }

@@ -40,17 +40,11 @@ bool same_text(const LineStore& a, const LineStore& b) { return a.tree() == b.tr
 
 std::uint64_t digest_of(const LineStore& text) {
   const std::uint64_t size = text.byte_count();
+  const std::uint64_t length = std::min(size, kSample);
   std::uint64_t digest = size;
-  if (size <= kLongText) {
-    PieceWalker walker(text, 0, size);
-    for (Chunk chunk; walker.next(chunk);)
-      for (const char byte : chunk.bytes)
-        digest = (digest ^ static_cast<unsigned char>(byte)) * 0x100000001B3;
-    return digest;
-  }
   for (std::uint64_t i = 0; i < kSamples; ++i) {
-    const std::uint64_t at = (size - kSample) / (kSamples - 1) * i;
-    const TextView sample = text.slice(at, at + kSample);
+    const std::uint64_t at = (size - length) / (kSamples - 1) * i;
+    const TextView sample = text.slice(at, at + length);
     digest = checksum(sample, digest);
   }
   return digest;

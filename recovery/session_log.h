@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "host/background_sync.h"
+#include "recovery/named_text.h"
 #include "recovery/session_file.h"
 #include "recovery/text_recorder.h"
 #include "text/file_state.h"
@@ -25,20 +26,10 @@ struct RecordBase {
 
 std::uint64_t digest_of(const LineStore& text); // of samples, spread over a long text
 
-struct NamedText {
-  std::string name; // of the buffer
-  LineStore text;
-};
-
 // Records the texts of a session, so that they outlive it. What is recorded at last is on the disk once it
 // has been synced; each call takes a moment at most, whatever there is to write.
 //
-// Besides the recorder's entries a file has these:
-//   h process seconds path             the session: once, first
-//   f path inode device size seconds nanoseconds bytes lines digest    the next base
-//   s seconds count (name kept reference)...    what the texts are from here on: those that changed; kept is
-//   0
-//                                      for one that is gone, and then there is no reference
+// docs/recovery.md describes the file.
 class SessionLog {
  public:
   SessionLog() = default;

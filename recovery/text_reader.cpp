@@ -71,12 +71,11 @@ TextBuilder::TextBuilder(const TextReader& reader, const std::vector<const LineS
   }
 }
 
-std::optional<TextBuilder::Text> TextBuilder::text_of(const TextReader::Reference& reference) {
+std::optional<LineStore> TextBuilder::text_of(const TextReader::Reference& reference) {
   failed_ = false;
-  whole_ = true;
   NodeRef tree = tree_of(reference, 0);
   if (failed_) return std::nullopt;
-  return Text{LineStore::from_tree(std::move(tree)), whole_};
+  return LineStore::from_tree(std::move(tree));
 }
 
 NodeRef TextBuilder::tree_of(const TextReader::Reference& reference, int depth) {
@@ -107,7 +106,7 @@ NodeRef TextBuilder::of_base(std::uint64_t base, std::uint64_t offset, std::uint
   }
   const LineStore* const text = bases_[static_cast<std::size_t>(base)];
   if (text == nullptr) {
-    whole_ = false;
+    missing_.insert(base);
     return {};
   }
   if (offset > text->byte_count() || length > text->byte_count() - offset) failed_ = true;

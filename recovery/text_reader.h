@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
@@ -58,12 +59,9 @@ class TextBuilder {
   // `bases` by their indices; null: not there. Both arguments must live as long as this object.
   TextBuilder(const TextReader& reader, const std::vector<const LineStore*>& bases);
 
-  struct Text {
-    LineStore lines;
-    bool whole = true; // false: stretches of bases that are not there were left out
-  };
-  // Nothing when the entries do not make a text.
-  std::optional<Text> text_of(const TextReader::Reference& reference);
+  // Nothing when the entries do not make a text. What stood in a base that is not there is left out.
+  std::optional<LineStore> text_of(const TextReader::Reference& reference);
+  const std::set<std::uint64_t>& missing_bases() const { return missing_; } // in the texts so far
 
  private:
   NodeRef tree_of(const TextReader::Reference& reference, int depth);
@@ -76,8 +74,8 @@ class TextBuilder {
   const std::vector<const LineStore*>& bases_;
   std::map<std::pair<std::uint64_t, std::uint64_t>, BlockRef> blocks_; // by number and start
   std::unordered_map<std::uint64_t, NodeRef> trees_;
-  bool failed_ = false; // in the text at hand, and so is `whole_`
-  bool whole_ = true;
+  std::set<std::uint64_t> missing_;
+  bool failed_ = false; // in the text at hand
 };
 
 } // namespace zan

@@ -20,15 +20,17 @@ void TextRecorder::add_base_nodes(const NodeRef& tree, std::uint64_t offset, Bas
   tree->number = next_.node++;
   nodes.offsets.push_back(offset);
   Extents& extents = extents_of(*piece.block);
-  for (std::size_t at = piece.start; at < piece.end();) {
-    const auto after = extents.upper_bound(at);
-    const bool covered = after != extents.begin() && std::prev(after)->second.end > at;
-    const std::size_t gap_end =
-        after == extents.end() ? piece.end() : std::min<std::size_t>(after->first, piece.end());
-    const std::size_t end = covered ? std::prev(after)->second.end : gap_end;
-    if (!covered) extents[at] = {end, nodes.base, start + (at - piece.start)};
-    at = end;
-  }
+  for (Gap gap = first_gap(extents, piece.start, piece.end()); !gap.empty();
+       gap = first_gap(extents, gap.end, piece.end()))
+    extents[gap.begin] = {gap.end, nodes.base, start + (gap.begin - piece.start)};
+}
+
+TextRecorder::Gap TextRecorder::first_gap(const Extents& extents, std::size_t begin, std::size_t end) {
+  auto next = extents.upper_bound(begin);
+  if (next != extents.begin()) begin = std::max(begin, std::prev(next)->second.end);
+  for (; next != extents.end() && next->first == begin; ++next) begin = next->second.end;
+  if (begin >= end) return {end, end};
+  return {begin, next == extents.end() ? end : std::min(next->first, end)};
 }
 
 const TextRecorder::BaseNodes* TextRecorder::base_of(std::uint32_t number) const {
@@ -65,27 +67,30 @@ bool TextRecorder::record(const LineStore& text, std::size_t most, EntryWriter& 
 // False when some are still missing.
 bool TextRecorder::record_bytes(const Piece& piece, std::size_t most, EntryWriter& entries) {
   Extents& extents = extents_of(*piece.block);
-  for (std::size_t at = piece.start; at < piece.end();) {
-    auto after = extents.upper_bound(at);
-    const auto before = after == extents.begin() ? extents.end() : std::prev(after);
-    if (before != extents.end() && before->second.end > at) {
-      at = before->second.end;
-      continue;
-    }
+  for (Gap gap = first_gap(extents, piece.start, piece.end()); !gap.empty();
+       gap = first_gap(extents, gap.end, piece.end())) {
     if (entries.bytes().size() >= most) return false;
-    std::size_t end = after == extents.end() ? piece.end() : std::min<std::size_t>(after->first, piece.end());
-    end = std::min(end, at + (most - entries.bytes().size()));
+    gap.end = std::min(gap.end, gap.begin + (most - entries.bytes().size()));
     entries.tag('b');
     entries.number(piece.block->number - first_.block);
-    entries.number(at);
-    entries.text(piece.block->view(at, end - at));
-    const bool goes_on =
-        before != extents.end() && before->second.end == at && before->second.source == kBlock;
-    if (goes_on) before->second.end = end;
-    else extents[at] = {end, kBlock, at};
-    at = end;
+    entries.number(gap.begin);
+    entries.text(piece.block->view(gap.begin, gap.end - gap.begin));
+    add_written(gap, extents);
   }
   return true;
+}
+
+// Stretches that were written one behind the other are one extent.
+void TextRecorder::add_written(Gap written, Extents& extents) {
+  const auto after = extents.lower_bound(written.begin);
+  if (after != extents.begin()) {
+    Extent& before = std::prev(after)->second;
+    if (before.end == written.begin && before.source == kBlock) {
+      before.end = written.end;
+      return;
+    }
+  }
+  extents[written.begin] = {written.end, kBlock, written.begin};
 }
 
 void TextRecorder::record_node(const Node& node, EntryWriter& entries) {

@@ -14,14 +14,7 @@ namespace zan {
 // Writes texts as entries, each node of their trees and each byte once: of a text that shares all but a few
 // nodes with one that has been recorded, only these are written. Nodes and blocks are marked with numbers for
 // that, which nobody but one recorder at a time may use.
-//
-// Entries:
-//   b block start bytes                  bytes of a block, from `start` on
-//   n step left right literal runs...    a node, whose number is that of the one before plus `step`; its
-//   piece
-//                                        is made of runs: 0 block start length, or base+1 offset length
-// where left, right and what refer_to writes are 0 for nothing, 1 base offset length for a stretch of a base,
-// or how far behind the node's number, plus 1, the number of the node lies that is meant.
+// docs/recovery.md describes the entries.
 class TextRecorder {
  public:
   // The marks that are given next. They grow from recorder to recorder, so that a mark tells who gave it.
@@ -54,6 +47,11 @@ class TextRecorder {
     std::uint64_t offset; // in that
   };
   using Extents = std::map<std::size_t, Extent>; // by their beginnings; none overlaps another
+  struct Gap {
+    std::size_t begin;
+    std::size_t end;
+    bool empty() const { return begin == end; }
+  };
 
   // The nodes of a base have numbers of their own, and are never written.
   struct BaseNodes {
@@ -64,9 +62,12 @@ class TextRecorder {
 
   bool is_known(const Node& node) const { return node.number >= first_.node && node.number < next_.node; }
   void add_base_nodes(const NodeRef& tree, std::uint64_t offset, BaseNodes& nodes);
+  // The first stretch of [begin, end) that no extent covers; empty when there is none.
+  static Gap first_gap(const Extents& extents, std::size_t begin, std::size_t end);
   const BaseNodes* base_of(std::uint32_t number) const;
   Extents& extents_of(const Block& block);
   bool record_bytes(const Piece& piece, std::size_t most, EntryWriter& entries);
+  static void add_written(Gap written, Extents& extents);
   void record_node(const Node& node, EntryWriter& entries);
   void put_runs(const Piece& piece, EntryWriter& entries);
   void put_reference(const Node* node, std::uint32_t from, EntryWriter& entries) const;
