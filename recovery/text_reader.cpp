@@ -6,7 +6,6 @@ namespace zan {
 
 namespace {
 
-constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 48;
 constexpr int kDeepest = 1000; // the trees written are balanced
 
 } // namespace
@@ -16,7 +15,7 @@ bool TextReader::read(char tag, EntryReader& entry) {
   const std::uint64_t block = entry.number();
   const std::uint64_t start = entry.number();
   const std::string_view bytes = entry.text();
-  if (tag != 'b' || entry.failed() || bytes.empty() || start > kMostBytes) return false;
+  if (tag != 'b' || entry.failed() || bytes.empty() || start > kMostTextBytes) return false;
   bytes_[{block, start}] = bytes;
   return true;
 }
@@ -24,7 +23,7 @@ bool TextReader::read(char tag, EntryReader& entry) {
 bool TextReader::read_node(EntryReader& entry) {
   const std::uint64_t step = entry.number();
   const std::uint64_t number = last_ + step;
-  if (step > kMostBytes) return false;
+  if (step > kMostTextBytes) return false;
   NodeEntry node{
       read_reference_from(number, entry), read_reference_from(number, entry), entry.number() != 0, {}};
   for (std::uint64_t count = entry.number(); count > 0 && !entry.failed(); --count) {
@@ -32,7 +31,7 @@ bool TextReader::read_node(EntryReader& entry) {
     if (run.source == 0) run.block = entry.number();
     run.offset = entry.number();
     run.length = entry.number();
-    if (run.length == 0 || run.length > kMostBytes || run.offset > kMostBytes) return false;
+    if (run.length == 0 || run.length > kMostTextBytes || run.offset > kMostTextBytes) return false;
     node.runs.push_back(run);
   }
   if (entry.failed() || node.runs.empty()) return false;
@@ -95,7 +94,7 @@ NodeRef TextBuilder::tree_of(const TextReader::Reference& reference, int depth) 
 }
 
 NodeRef TextBuilder::joined(const NodeRef& left, const NodeRef& right) {
-  if (bytes_of(left) + bytes_of(right) > kMostBytes) failed_ = true;
+  if (bytes_of(left) + bytes_of(right) > kMostTextBytes) failed_ = true;
   return failed_ ? NodeRef() : concat(left, right);
 }
 

@@ -1,5 +1,7 @@
 #include "text/line_store.h"
 
+#include <stdexcept>
+
 namespace zan {
 
 namespace {
@@ -181,6 +183,7 @@ LineStore LineStore::with_literals_as_breaks() const {
 // ---- edits
 
 void LineStore::insert(std::uint64_t offset, const LineStore& text) {
+  if (text.byte_count() > kMostTextBytes - byte_count()) throw std::length_error("text too long");
   offset = std::min(offset, byte_count());
   if (text.byte_count() <= kCopyBytes) {
     PieceWalker walker(text, 0, text.byte_count());

@@ -38,6 +38,9 @@ class TextView {
   bool owns_ = false;
 };
 
+// No text is longer. What is shared costs no memory, so that only this limits doublings.
+inline constexpr std::uint64_t kMostTextBytes = std::uint64_t{1} << 48;
+
 // The lines of one text: a value whose copies share everything that neither has changed.
 //
 // The text is the lines joined by line breaks, each break counting as one byte; there is always at least one
@@ -77,7 +80,8 @@ class LineStore {
   LineStore substore(std::uint64_t begin, std::uint64_t end) const; // shares the text
   LineStore with_literals_as_breaks() const;                        // line feeds inside lines become breaks
 
-  void insert(std::uint64_t offset, const LineStore& text);        // shares the text
+  // Shares the text. Throws std::length_error when there would be more than kMostTextBytes.
+  void insert(std::uint64_t offset, const LineStore& text);
   void insert_text(std::uint64_t offset, std::string_view text);   // line feeds become breaks
   void insert_bytes(std::uint64_t offset, std::string_view bytes); // line feeds stay inside the line
   void erase(std::uint64_t begin, std::uint64_t end);

@@ -41,6 +41,14 @@ TEST(LineStore, TypingIsOnePieceAndCopiesKeepTheirText) {
   EXPECT_EQ(other.slice(500, 515), "xxxxxtheirstail");
 }
 
+TEST(LineStore, NoTextBecomesTooLongToCount) {
+  LineStore store = LineStore::from_text(std::string(1024, 'x'));
+  const auto double_it = [&] { store.insert(0, LineStore(store)); };
+  while (store.byte_count() < kMostTextBytes) double_it();
+  EXPECT_THROW(double_it(), std::length_error);
+  EXPECT_EQ(store.byte_count(), kMostTextBytes);
+}
+
 TEST(LineStore, ScatteredEditsLeaveNoDust) {
   std::mt19937 random(7);
   LineStore store = LineStore::from_text(std::string(50000, 'a'));
