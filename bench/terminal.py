@@ -84,6 +84,10 @@ class Terminal:
                 if time.perf_counter() - start > seconds:
                     raise Timeout("no %r within %g s, but: %r" % (awaited, seconds, seen[-300:]))
 
+    def send(self, keys):
+        """Types few keys, and waits for nothing."""
+        os.write(self.master, keys)
+
     def quiet(self, pause, seconds=20):
         """Waits until the program has written nothing for `pause` seconds."""
         end = time.perf_counter() + seconds
