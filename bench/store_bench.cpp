@@ -11,6 +11,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
+#include "recovery/text_recorder.h"
 #include "text/line_store.h"
 #include "text/load_file.h"
 
@@ -130,6 +131,24 @@ void erase_scattered(benchmark::State& state) {
   }
 }
 BENCHMARK(erase_scattered);
+
+// What a session's file gets for each character typed far apart, without the wait for the disk.
+void record_a_key(benchmark::State& state) {
+  LineStore store = sample_store();
+  zan::TextRecorder recorder({});
+  recorder.add_base(0, store);
+  std::mt19937_64 random(4);
+  std::uint64_t bytes = 0;
+  for (auto _ : state) {
+    store.insert_bytes(random() % store.byte_count(), "x");
+    zan::EntryWriter entries;
+    while (!recorder.record(store, 256 * 1024, entries)) continue;
+    recorder.refer_to(store, entries);
+    bytes += entries.bytes().size();
+  }
+  state.counters["bytes"] = static_cast<double>(bytes) / static_cast<double>(state.iterations());
+}
+BENCHMARK(record_a_key)->Iterations(1000);
 
 void find_row(benchmark::State& state) {
   const LineStore store = scattered(static_cast<std::uint64_t>(state.range(0)));
