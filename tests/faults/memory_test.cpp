@@ -137,7 +137,7 @@ TEST(Memory, WhatIsModifiedIsRescued) {
   stage.prepare("truncate -s 1T big");
   run = stage.run({{"big"}, "INSERT x\nTYPE/SAVE\nEXIT\n", little});
   EXPECT_EQ(run.errors, "?Unable to write big\n");
-  EXPECT_EQ(stat_of(stage / "big").st_size, 1L << 40);
+  EXPECT_EQ(stat_of(stage / "big").st_size, off_t{1} << 40);
 }
 
 } // namespace
