@@ -10,7 +10,7 @@ namespace {
 
 using namespace zan::test;
 
-constexpr long kShortFormStride = 13;
+constexpr long kAllocationStride = 13;
 constexpr long kAfterStart = 3; // before it, the run-time library takes its reserve for reporting the failure
 
 void set_up(const Stage& stage) {
@@ -109,7 +109,7 @@ TEST_P(MemoryOf, EveryAllocationFails) {
   // A sanitizer has an allocator of its own.
   if (!session.run(std::to_string(kAfterStart), promise))
     GTEST_SKIP() << "allocations cannot be made to fail";
-  const long stride = long_form() ? 1 : kShortFormStride;
+  const long stride = long_form() ? 1 : kAllocationStride;
   auto turn = static_cast<long>(2 * GetParam()); // so that the sessions do not all fail at the same places
   for (const char* all : {"", "+"}) {
     for (long i = kAfterStart + 1 + turn++ % stride; session.run(std::to_string(i) + all, promise);
