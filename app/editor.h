@@ -232,7 +232,7 @@ class Editor : public EditorState {
   void print_command(const std::string& arg, bool verbose);
   CommandResult next_file_command(bool verbose);
   CommandResult previous_file_command(bool verbose);
-  CommandResult change_file(std::uint64_t index, bool verbose);
+  CommandResult change_file(std::size_t index, bool verbose);
   bool load_main_text(TextBuffer& main, const std::string& path); // false as TextBuffer::load
 
   // ---- command/: macros

@@ -177,7 +177,7 @@ struct EditorState {
 
   // ---- fields: the file list
   std::vector<std::string> files;
-  std::uint64_t file_index = 0; // of the file in MAIN
+  std::size_t file_index = 0; // of the file in MAIN
 
   // ---- fields: what is recorded for recovery
   bool recovery = true;

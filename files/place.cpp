@@ -49,7 +49,8 @@ std::string unlikely_suffix() {
   ::clock_gettime(CLOCK_REALTIME, &now);
   auto value = static_cast<std::uint64_t>(now.tv_nsec) * 2654435761U + static_cast<std::uint64_t>(::getpid());
   std::string suffix;
-  for (int i = 0; i < 6; ++i, value /= kLetters.size()) suffix += kLetters[value % kLetters.size()];
+  for (int i = 0; i < 6; ++i, value /= kLetters.size())
+    suffix += kLetters[static_cast<std::size_t>(value % kLetters.size())];
   return suffix;
 }
 

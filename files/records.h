@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -16,7 +17,7 @@ namespace zan {
 // spaces: no line vanishes from the file. Nothing is gathered, whatever the length.
 class FixedRecords {
  public:
-  explicit FixedRecords(std::uint64_t length) : length_(length) {}
+  explicit FixedRecords(std::size_t length) : length_(length) {}
 
   template <typename Sink> bool add(std::string_view part, Sink&& sink) { // more bytes of the line
     while (!part.empty()) {
@@ -31,7 +32,7 @@ class FixedRecords {
   }
 
   template <typename Sink> bool end_line(Sink&& sink) {
-    std::uint64_t missing = length_ - filled_;
+    std::size_t missing = length_ - filled_;
     for (; missing >= kPadding.size(); missing -= kPadding.size() - 1) {
       if (!sink(kPadding.substr(0, kPadding.size() - 1))) return false;
     }
@@ -49,8 +50,8 @@ class FixedRecords {
     return sink(std::string_view("\n"));
   }
 
-  std::uint64_t length_;
-  std::uint64_t filled_ = 0; // bytes of the record begun
+  std::size_t length_;
+  std::size_t filled_ = 0; // bytes of the record begun
 };
 
 // Lines of a text. A stretch that reaches beyond the last line is cut off there.
@@ -74,7 +75,7 @@ template <typename Sink> bool cut_chunk(const Chunk& chunk, FixedRecords& record
 // lines as they are when that is 0. Each record or line ends in a line feed. But a single empty line makes an
 // empty file when there are no records, and no rows at all make a file of one line feed.
 template <typename Sink>
-bool each_file_piece(const LineStore& text, RowStretch rows, std::uint64_t record_length, Sink&& sink) {
+bool each_file_piece(const LineStore& text, RowStretch rows, std::size_t record_length, Sink&& sink) {
   const std::uint64_t total = text.line_count();
   const std::uint64_t count = rows.first < total ? std::min(rows.count, total - rows.first) : 0;
   if (count == 0) return sink(std::string_view("\n"));
@@ -90,11 +91,11 @@ bool each_file_piece(const LineStore& text, RowStretch rows, std::uint64_t recor
 }
 
 // The record length for each_file_piece, from the settings. A fixed length below 1 means no records.
-inline std::uint64_t effective_record_length(bool fixed, int length) {
-  return fixed && length >= 1 ? static_cast<std::uint64_t>(length) : 0;
+inline std::size_t effective_record_length(bool fixed, int length) {
+  return fixed && length >= 1 ? static_cast<std::size_t>(length) : 0;
 }
 
 // The same bytes as a source. It holds a copy of the text, which shares everything.
-ByteSource record_source(const LineStore& text, RowStretch rows, std::uint64_t record_length);
+ByteSource record_source(const LineStore& text, RowStretch rows, std::size_t record_length);
 
 } // namespace zan

@@ -4,6 +4,7 @@
 #include <csignal>
 #include <map>
 #include <unistd.h>
+#include <utility>
 
 #include "files/stat.h"
 #include "recovery/entries.h"
@@ -136,7 +137,7 @@ class SessionReader {
 std::optional<std::string> read_all(int descriptor) {
   struct stat file {};
   std::string bytes;
-  if (::fstat(descriptor, &file) != 0 || file.st_size < 0) return std::nullopt;
+  if (::fstat(descriptor, &file) != 0 || !std::in_range<std::size_t>(file.st_size)) return std::nullopt;
   bytes.resize(static_cast<std::size_t>(file.st_size));
   std::size_t used = 0;
   while (used < bytes.size()) {

@@ -64,7 +64,7 @@ TextBuilder::TextBuilder(const TextReader& reader, const std::vector<const LineS
     auto last = at;
     for (; last != reader_.bytes_.end() && last->first == std::pair(number, end); ++last)
       end += last->second.size();
-    BlockRef block = Block::make(static_cast<std::size_t>(end - start));
+    BlockRef block = Block::make(in_memory(end - start));
     for (; at != last; ++at) block->append(at->second);
     blocks_[{number, start}] = std::move(block);
   }
@@ -121,7 +121,8 @@ NodeRef TextBuilder::of_block(const TextReader::Run& run, bool literal) {
   const BlockRef& block = std::prev(after)->second;
   const std::uint64_t begin = run.offset - std::prev(after)->first.second;
   if (begin > block->used() || run.length > block->used() - begin) failed_ = true;
-  return failed_ ? NodeRef() : zan::tree_of(Piece(block, begin, begin + run.length, literal));
+  if (failed_) return {};
+  return zan::tree_of(Piece(block, in_memory(begin), in_memory(begin + run.length), literal));
 }
 
 NodeRef TextBuilder::of_runs(const TextReader::NodeEntry& node) {

@@ -160,7 +160,8 @@ std::uint64_t update_line(PictureRow& shown, const ScreenView& view, std::uint64
   const std::size_t length = nearby.get().find('\n');
   if (length != std::string_view::npos && !view.text.holds_literal_breaks()) {
     const LinePart part = visible_part(view, row, length);
-    update_line_row(shown, view, row, part, nearby.get().substr(part.begin, part.end - part.begin));
+    const std::size_t begin = in_memory(part.begin);
+    update_line_row(shown, view, row, part, nearby.get().substr(begin, in_memory(part.end) - begin));
     return start + length;
   }
   const std::uint64_t end = view.text.line_end(row);

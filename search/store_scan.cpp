@@ -24,7 +24,9 @@ StoreScan::StoreScan(const LineStore& text, const Substring& needle, std::uint64
 
 std::optional<std::uint64_t> StoreScan::next(std::uint64_t from) {
   do {
-    const std::size_t at = needle_.find(window_, std::max(from, begin_) - begin_);
+    const std::uint64_t start = std::max(from, begin_);
+    const std::size_t at =
+        start <= window_end() ? needle_.find(window_, in_memory(start - begin_)) : Substring::npos;
     if (at != Substring::npos) return begin_ + at;
   } while (advance());
   return std::nullopt;
@@ -32,7 +34,9 @@ std::optional<std::uint64_t> StoreScan::next(std::uint64_t from) {
 
 std::optional<std::uint64_t> StoreScan::previous(std::uint64_t until) {
   do {
-    const std::size_t at = until > begin_ ? needle_.find_last(window_, until - begin_) : Substring::npos;
+    const std::uint64_t stop = std::min(until, window_end());
+    const std::size_t at =
+        stop > begin_ ? needle_.find_last(window_, in_memory(stop - begin_)) : Substring::npos;
     if (at != Substring::npos) return begin_ + at;
   } while (advance());
   return std::nullopt;

@@ -104,7 +104,7 @@ class Rewrite {
       }
       copied_ = line_start_;
     }
-    const std::size_t begin = static_cast<std::size_t>(copied_ - line_start_);
+    const std::size_t begin = in_memory(copied_ - line_start_);
     built_.append_bytes(line_.substr(begin, old_col_ - begin));
   }
 
@@ -138,7 +138,7 @@ Substitution substitute(const LineStore& text, const Pattern& pattern, const Sea
   for (std::string_view line; abort == 0 && rewrite.count() < limit && walker.next(line); ++row) {
     const std::uint64_t from = row == start.row ? start.col : 0;
     if (from <= line.size()) {
-      rewrite.begin_line(line, row, offset, static_cast<std::size_t>(from));
+      rewrite.begin_line(line, row, offset, in_memory(from));
       while (rewrite.count() < limit && rewrite.replace_next()) {}
     }
     offset += line.size() + 1;

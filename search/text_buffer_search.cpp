@@ -29,5 +29,5 @@ std::uint64_t TextBuffer::match_len_at(const std::string& pattern, std::uint64_t
   // A plain pattern needs no line: to fetch a long one takes time.
   if (row >= line_count() || !zan::has_wildcards(pattern)) return pattern.size();
   const zan::TextView text = line(row);
-  return zan::Pattern(pattern, exact).match_length(text, static_cast<std::size_t>(col));
+  return zan::Pattern(pattern, exact).match_length(text, zan::in_memory(col));
 }

@@ -16,7 +16,7 @@ bool constraints_ok_at(const LineStore& text, std::uint64_t offset, std::uint64_
   const bool at_end = offset + length == text.line_end(at.row);
   const LeftSide left{at.col == 0, at.col == 0 ? '\0' : text.byte_at(offset - 1)};
   const TextView around = text.slice(offset, offset + length + (at_end ? 0 : 1));
-  return constraints_ok(left, around, 0, static_cast<std::size_t>(length), wanted);
+  return constraints_ok(left, around, 0, in_memory(length), wanted);
 }
 
 // The occurrences of a plain string without a line feed. None crosses a line break, so the search ignores
@@ -52,7 +52,7 @@ class PlainSearch {
   bool accepts(const StoreScan& scan, std::uint64_t offset, std::size_t length) const {
     if (wanted_.none()) return true;
     const std::string_view window = scan.window();
-    const std::size_t begin = static_cast<std::size_t>(offset - scan.window_begin());
+    const std::size_t begin = in_memory(offset - scan.window_begin());
     const std::size_t end = begin + length;
     if (scan.window_is_literal() || begin == 0 || end == window.size())
       return constraints_ok_at(text_, offset, length, wanted_);
@@ -107,7 +107,7 @@ class CandidateLines {
     if (scan_.window_is_literal() || offset < scan_.window_begin() || offset > scan_.window_end())
       return false;
     const std::string_view window = scan_.window();
-    const std::size_t at = static_cast<std::size_t>(offset - scan_.window_begin());
+    const std::size_t at = in_memory(offset - scan_.window_begin());
     const std::size_t near = at - std::min(at, kNear);
     const std::size_t before = window.substr(near, at - near).rfind('\n');
     const std::size_t after = window.substr(at, kNear).find('\n');
@@ -156,7 +156,7 @@ std::optional<Position> lines_forward(const LineStore& text, const Pattern& patt
                                       const SearchConstraints& wanted, Abort& abort) {
   CandidateLines lines(text, pattern, from, StoreScan::Way::forward);
   while (abort == 0 && lines.next(from)) {
-    const std::size_t col = static_cast<std::size_t>(std::max(from, lines.begin()) - lines.begin());
+    const std::size_t col = in_memory(std::max(from, lines.begin()) - lines.begin());
     if (const auto found = line_forward(lines.line(), pattern, col, wanted, abort))
       return text.position_of(lines.begin() + *found);
     from = lines.begin() + lines.line().size() + 1;
@@ -168,7 +168,7 @@ std::optional<Position> lines_backward(const LineStore& text, const Pattern& pat
                                        const SearchConstraints& wanted, Abort& abort) {
   // In the first line a match may extend beyond the limit, so the scan for required bytes begins above it.
   const TextView line = text.line(start.row);
-  const auto found = line_backward(line, pattern, static_cast<std::size_t>(start.col), wanted, abort);
+  const auto found = line_backward(line, pattern, in_memory(start.col), wanted, abort);
   if (found) return Position{start.row, *found};
   std::uint64_t begin = text.line_start(start.row);
   CandidateLines lines(text, pattern, begin, StoreScan::Way::backward);

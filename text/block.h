@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <new>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -38,6 +39,13 @@ template <typename T> class Ref {
   }
   T* target_ = nullptr;
 };
+
+// A length or a place in a text as one in memory. With 32 bits a text can be too long for that: its pieces
+// share blocks.
+inline std::size_t in_memory(std::uint64_t count) {
+  if (!std::in_range<std::size_t>(count)) throw std::bad_alloc();
+  return static_cast<std::size_t>(count);
+}
 
 std::uint64_t count_breaks(std::string_view bytes); // line feeds; far faster than reading the file
 

@@ -35,7 +35,7 @@ struct SmallRun {
 SmallRun run_before(const NodeRef& tree, std::uint64_t offset, bool literal, std::uint64_t limit) {
   SmallRun run;
   const std::uint64_t begin = offset - std::min(offset, limit);
-  visit_pieces(tree, begin, offset, [&](const Piece& piece, std::uint64_t from, std::uint64_t to) {
+  visit_pieces(tree, begin, offset, [&](const Piece& piece, std::size_t from, std::size_t to) {
     if (from > 0 || piece.literal != literal) {
       run = {};
     } else {
@@ -50,7 +50,7 @@ SmallRun run_before(const NodeRef& tree, std::uint64_t offset, bool literal, std
 SmallRun run_after(const NodeRef& tree, std::uint64_t offset, bool literal, std::uint64_t limit) {
   SmallRun run;
   bool stopped = false;
-  visit_pieces(tree, offset, offset + limit, [&](const Piece& piece, std::uint64_t from, std::uint64_t to) {
+  visit_pieces(tree, offset, offset + limit, [&](const Piece& piece, std::size_t from, std::size_t to) {
     stopped = stopped || to < piece.length || piece.literal != literal;
     if (stopped) return;
     ++run.pieces;
@@ -60,7 +60,7 @@ SmallRun run_after(const NodeRef& tree, std::uint64_t offset, bool literal, std:
 }
 
 void gather(const NodeRef& tree, std::uint64_t begin, std::uint64_t end, std::string& into) {
-  visit_pieces(tree, begin, end, [&](const Piece& piece, std::uint64_t from, std::uint64_t to) {
+  visit_pieces(tree, begin, end, [&](const Piece& piece, std::size_t from, std::size_t to) {
     into += piece.bytes().substr(from, to - from);
   });
 }
@@ -122,23 +122,23 @@ TextView LineStore::slice(std::uint64_t begin, std::uint64_t end) const {
   if (begin >= end) return {};
   const PlacedPiece at = piece_at(root_, begin);
   if (end <= at.start + at.piece->length)
-    return TextView(at.piece->bytes().substr(begin - at.start, end - begin));
+    return TextView(at.piece->bytes().substr(in_memory(begin - at.start), in_memory(end - begin)));
   std::string gathered;
-  gathered.reserve(end - begin);
+  gathered.reserve(in_memory(end - begin));
   gather(root_, begin, end, gathered);
   return TextView(std::move(gathered));
 }
 
 std::string LineStore::to_string() const {
   std::string bytes;
-  bytes.reserve(byte_count());
+  bytes.reserve(in_memory(byte_count()));
   gather(root_, 0, byte_count(), bytes);
   return bytes;
 }
 
 char LineStore::byte_at(std::uint64_t offset) const {
   const PlacedPiece at = piece_at(root_, offset);
-  return at.piece->bytes()[offset - at.start];
+  return at.piece->bytes()[in_memory(offset - at.start)];
 }
 
 bool LineStore::ends_with_break() const {
@@ -251,10 +251,11 @@ void LineStore::erase(std::uint64_t begin, std::uint64_t end) {
 // does.
 bool LineStore::trim_piece(std::uint64_t begin, std::uint64_t end) {
   const PlacedPiece at = piece_at(root_, begin);
-  const std::uint64_t length = at.piece->length;
-  const std::uint64_t from = begin - at.start;
-  const std::uint64_t to = end - at.start;
-  if (to > length || (from == 0) == (to == length)) return false;
+  const std::size_t length = at.piece->length;
+  if (end - at.start > length) return false;
+  const std::size_t from = in_memory(begin - at.start);
+  const std::size_t to = in_memory(end - at.start);
+  if ((from == 0) == (to == length)) return false;
   root_ = with_piece_at(root_, begin, from == 0 ? at.piece->part(to, length) : at.piece->part(0, from));
   return true;
 }

@@ -129,7 +129,7 @@ class PieceWalker {
   LineStore store_;
   std::uint64_t begin_, end_;     // what is still to be visited
   std::vector<const Node*> path_; // nodes still to be visited, each with the subtree beyond it
-  std::uint64_t within_ = 0;      // bytes of the first piece that lie outside the range
+  std::size_t within_ = 0;        // bytes of the first piece that lie outside the range
   bool started_ = false;
 };
 

@@ -6,12 +6,12 @@ namespace {
 
 constexpr std::size_t kFirstBlock = 512; // later blocks double
 constexpr std::size_t kLastBlock = 16 * 1024 * 1024;
-constexpr std::uint64_t kShareFrom = 1024; // shorter ones are copied: a node takes a tenth of this
+constexpr std::size_t kShareFrom = 1024; // shorter ones are copied: a node takes a tenth of this
 
 } // namespace
 
 void LineStoreBuilder::append(const LineStore& source, std::uint64_t begin, std::uint64_t end) {
-  visit_pieces(source.root_, begin, end, [&](const Piece& piece, std::uint64_t from, std::uint64_t to) {
+  visit_pieces(source.root_, begin, end, [&](const Piece& piece, std::size_t from, std::size_t to) {
     if (to - from >= kShareFrom) {
       append_piece(piece.part(from, to));
     } else {

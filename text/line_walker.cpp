@@ -25,7 +25,7 @@ void PieceWalker::seek(std::uint64_t offset, bool forward) {
       node = node->right.get();
     } else {
       path_.push_back(node);
-      within_ = forward ? offset - start : stop - 1 - offset;
+      within_ = in_memory(forward ? offset - start : stop - 1 - offset);
       return;
     }
   }
@@ -36,7 +36,8 @@ bool PieceWalker::next(Chunk& chunk) {
   if (!started_) seek(begin_, true);
   const Node* node = path_.back();
   path_.pop_back();
-  chunk.bytes = node->piece.bytes().substr(within_, end_ - begin_);
+  chunk.bytes = node->piece.bytes().substr(
+      within_, in_memory(std::min<std::uint64_t>(end_ - begin_, node->piece.length)));
   chunk.offset = begin_;
   chunk.literal = node->piece.literal;
   begin_ += chunk.bytes.size();
@@ -50,8 +51,8 @@ bool PieceWalker::previous(Chunk& chunk) {
   if (!started_) seek(end_ - 1, false);
   const Node* node = path_.back();
   path_.pop_back();
-  const std::uint64_t available = node->piece.length - within_;
-  const std::uint64_t length = std::min(available, end_ - begin_);
+  const std::size_t available = node->piece.length - within_;
+  const std::size_t length = in_memory(std::min<std::uint64_t>(available, end_ - begin_));
   chunk.bytes = node->piece.bytes().substr(available - length, length);
   end_ -= length;
   chunk.offset = end_;

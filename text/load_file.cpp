@@ -28,7 +28,7 @@ class InputFile {
     const bool missing = descriptor_ < 0 && (errno == ENOENT || errno == ENOTDIR);
     struct stat status {};
     readable_ = descriptor_ >= 0 && fstat(descriptor_, &status) == 0 && !S_ISDIR(status.st_mode);
-    if (readable_ && S_ISREG(status.st_mode)) size_ = static_cast<std::size_t>(status.st_size);
+    if (readable_ && S_ISREG(status.st_mode)) size_ = static_cast<std::uint64_t>(status.st_size);
     if (readable_) state_ = state_of(status);
     if (!readable_ && !missing) state_.kind = FileState::Kind::unreadable;
   }
@@ -39,7 +39,7 @@ class InputFile {
   }
 
   bool readable() const { return readable_; }
-  std::size_t size() const { return size_; } // what is known of it; 0 for a pipe
+  std::uint64_t size() const { return size_; } // what is known of it; 0 for a pipe
   const FileState& state() const { return state_; }
 
   // Bytes read, 0 only at the end (size > 0); nothing on error or abort.
@@ -56,7 +56,7 @@ class InputFile {
   Abort& abort_;
   int descriptor_ = -1;
   bool readable_ = false;
-  std::size_t size_ = 0;
+  std::uint64_t size_ = 0;
   FileState state_;
 };
 
@@ -145,7 +145,7 @@ class Loader {
 };
 
 std::optional<LoadedText> load_from(InputFile& file) {
-  Loader loader(file.size());
+  Loader loader(in_memory(file.size()));
   for (;;) {
     const auto count = loader.read_from(file);
     if (!count) return std::nullopt;
@@ -157,7 +157,7 @@ std::optional<std::string> read_whole(InputFile& file) {
   std::string bytes;
   std::size_t used = 0;
   for (;;) {
-    const std::size_t first = file.size() > 0 ? file.size() + 1 : kFirstExtraBlock;
+    const std::size_t first = file.size() > 0 ? in_memory(file.size() + 1) : kFirstExtraBlock;
     if (used == bytes.size()) bytes.resize(std::max(first, 2 * used));
     const auto count = file.read_some(bytes.data() + used, bytes.size() - used);
     if (!count) return std::nullopt;

@@ -2,13 +2,13 @@
 
 namespace zan {
 
-Piece::Piece(BlockRef of, std::uint64_t begin, std::uint64_t end, bool is_literal)
+Piece::Piece(BlockRef of, std::size_t begin, std::size_t end, bool is_literal)
     : block(std::move(of)), start(begin), length(end - begin), literal(is_literal) {
   if (!literal) breaks = block->breaks_in(begin, end);
   returns = bytes().find('\r') != std::string_view::npos;
 }
 
-Piece Piece::part(std::uint64_t from, std::uint64_t to) const {
+Piece Piece::part(std::size_t from, std::size_t to) const {
   Piece result = *this;
   result.start = start + from;
   result.length = to - from;
@@ -107,7 +107,7 @@ NodeRef prefix(const NodeRef& tree, std::uint64_t offset) {
   const std::uint64_t start = bytes_of(tree->left);
   const std::uint64_t stop = start + tree->piece.length;
   if (offset <= start) return prefix(tree->left, offset);
-  if (offset < stop) return join(tree->left, tree->piece.part(0, offset - start), {});
+  if (offset < stop) return join(tree->left, tree->piece.part(0, in_memory(offset - start)), {});
   return join(tree->left, tree->piece, prefix(tree->right, offset - stop));
 }
 
@@ -116,7 +116,8 @@ NodeRef suffix(const NodeRef& tree, std::uint64_t offset) {
   const std::uint64_t start = bytes_of(tree->left);
   const std::uint64_t stop = start + tree->piece.length;
   if (offset >= stop) return suffix(tree->right, offset - stop);
-  if (offset > start) return join({}, tree->piece.part(offset - start, tree->piece.length), tree->right);
+  if (offset > start)
+    return join({}, tree->piece.part(in_memory(offset - start), tree->piece.length), tree->right);
   return join(suffix(tree->left, offset), tree->piece, tree->right);
 }
 
@@ -162,7 +163,7 @@ std::uint64_t breaks_before(const NodeRef& tree, std::uint64_t offset) {
     if (offset <= start) {
       node = node->left.get();
     } else if (offset < start + piece.length) {
-      const std::uint64_t end = piece.start + (offset - start);
+      const std::size_t end = piece.start + in_memory(offset - start);
       const std::uint64_t here = piece.breaks == 0 ? 0 : piece.block->breaks_in(piece.start, end);
       return breaks + breaks_of(node->left) + here;
     } else {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -12,18 +13,18 @@ namespace zan {
 // A stretch of a block. Never empty.
 struct Piece {
   BlockRef block;
-  std::uint64_t start = 0; // in the block
-  std::uint64_t length = 0;
+  std::size_t start = 0; // in the block
+  std::size_t length = 0;
   std::uint64_t breaks = 0; // line feeds that end a line: all of them, or none in a literal piece
   bool literal = false;
   bool returns = false; // false: no carriage return stands in it
 
   Piece() = default;
-  Piece(BlockRef of, std::uint64_t begin, std::uint64_t end, bool is_literal); // reads the bytes
+  Piece(BlockRef of, std::size_t begin, std::size_t end, bool is_literal); // reads the bytes
 
-  std::uint64_t end() const { return start + length; }
+  std::size_t end() const { return start + length; }
   std::string_view bytes() const { return block->view(start, length); }
-  Piece part(std::uint64_t from, std::uint64_t to) const; // from < to, relative to the piece
+  Piece part(std::size_t from, std::size_t to) const; // from < to, relative to the piece
   bool absorb(const Piece& next); // appends one that continues this one in its block; false: it does not
 };
 
@@ -82,7 +83,7 @@ void visit_pieces(const NodeRef& tree, std::uint64_t begin, std::uint64_t end, V
   const std::uint64_t stop = start + tree->piece.length;
   if (begin < start) visit_pieces(tree->left, begin, std::min(end, start), visit);
   if (begin < stop && end > start)
-    visit(tree->piece, std::max(begin, start) - start, std::min(end, stop) - start);
+    visit(tree->piece, in_memory(std::max(begin, start) - start), in_memory(std::min(end, stop) - start));
   if (end > stop) visit_pieces(tree->right, std::max(begin, stop) - stop, end - stop, visit);
 }
 

@@ -86,8 +86,7 @@ void TextBuffer::clear() {
 
 void TextBuffer::ensure_row(std::uint64_t row) {
   if (row < line_count()) return;
-  lines_.insert_text(lines_.byte_count(),
-                     std::string(static_cast<std::size_t>(row - line_count() + 1), '\n'));
+  lines_.insert_text(lines_.byte_count(), std::string(zan::in_memory(row - line_count() + 1), '\n'));
 }
 
 void TextBuffer::replace_lines(LineStore lines) {

@@ -19,7 +19,7 @@ Editor::CommandResult Editor::previous_file_command(bool verbose) {
 }
 
 // Saves MAIN to its file and loads another file of the list into it. If the save fails, nothing else happens.
-Editor::CommandResult Editor::change_file(std::uint64_t index, bool verbose) {
+Editor::CommandResult Editor::change_file(std::size_t index, bool verbose) {
   const AbortGuard guard;
   save_current_buffer_state();
   TextBuffer& main = named_buffer("MAIN");

@@ -72,7 +72,7 @@ int Editor::highest_vms_version(const std::string& base) {
 }
 
 std::vector<std::string> Editor::apply_rms_lines(const std::vector<std::string>& lines) const {
-  const std::uint64_t length = zan::effective_record_length(rms_fixed, rms_record_length);
+  const std::size_t length = zan::effective_record_length(rms_fixed, rms_record_length);
   if (length == 0) return lines;
   std::vector<std::string> records;
   for (const std::string& line : lines) {

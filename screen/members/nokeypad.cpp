@@ -30,11 +30,11 @@ struct Input {
   }
 };
 
-using Action = void (*)(Editor&, Input&);
+using WordAction = void (*)(Editor&, Input&);
 
 struct Word {
   std::array<std::string_view, 3> forms; // the longest first
-  Action action;                         // null: ends nokeypad mode
+  WordAction action;                     // null: ends nokeypad mode
 };
 
 // Ctrl/C is a signal at the prompt and a key on the screen.

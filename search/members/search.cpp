@@ -9,8 +9,7 @@ zan::SearchConstraints Editor::search_constraints() const {
 bool Editor::match_constraints_ok(std::uint64_t row, std::uint64_t col, std::uint64_t length) const {
   if (row >= current.line_count()) return false;
   const zan::TextView line = current.line(row);
-  return zan::constraints_ok(line, static_cast<std::size_t>(col), static_cast<std::size_t>(length),
-                             search_constraints());
+  return zan::constraints_ok(line, zan::in_memory(col), zan::in_memory(length), search_constraints());
 }
 
 std::optional<zan::Position> Editor::search_forward(std::uint64_t row, std::uint64_t col) const {

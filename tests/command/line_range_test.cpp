@@ -10,7 +10,7 @@ using zan::LineRange;
 constexpr std::nullopt_t invalid = std::nullopt;
 constexpr LineContext kFifty{.line_count = 50, .cursor_row = 9};
 
-struct Case {
+struct RangeCase {
   std::string_view text;
   std::optional<LineRange> range;
 };
@@ -18,7 +18,7 @@ struct Case {
 constexpr LineRange one(std::uint64_t row) { return {row, row}; }
 
 TEST(LineRange, FiftyLinesWithTheCursorOnTheTenth) {
-  const Case cases[] = {
+  const RangeCase cases[] = {
       {"12", one(11)},
       {"99", one(49)},
       {"0", invalid},
@@ -65,7 +65,7 @@ TEST(LineRange, FiftyLinesWithTheCursorOnTheTenth) {
       {"/BRIEF", invalid},
       {"1 /x/ 2", one(0)},
   };
-  for (const Case& c : cases) EXPECT_EQ(zan::parse_line_range(c.text, kFifty), c.range) << c.text;
+  for (const RangeCase& c : cases) EXPECT_EQ(zan::parse_line_range(c.text, kFifty), c.range) << c.text;
 }
 
 TEST(LineRange, CursorBelowTheTextAndNoText) {
@@ -80,13 +80,13 @@ TEST(LineRange, CursorBelowTheTextAndNoText) {
 }
 
 TEST(LineRange, NumbersOnlyOutsideTheCurrentBuffer) {
-  const Case cases[] = {
+  const RangeCase cases[] = {
       {"2:4", {{1, 3}}},  {"4 thru 2", {{1, 3}}}, {"2", one(1)},       {"9", one(4)},
       {"3:99", {{2, 4}}}, {"whole", {{0, 4}}},    {"ALL/X", {{0, 4}}}, {"0", invalid},
       {"0:3", invalid},   {"2-4", invalid},       {".", invalid},      {"END", invalid},
       {"REST", invalid},  {"", invalid},          {"2:", invalid},     {"18446744073709551616", invalid},
   };
-  for (const Case& c : cases) EXPECT_EQ(zan::parse_number_range(c.text, 5), c.range) << c.text;
+  for (const RangeCase& c : cases) EXPECT_EQ(zan::parse_number_range(c.text, 5), c.range) << c.text;
   EXPECT_EQ(zan::parse_number_range("1", 0), invalid);
   EXPECT_EQ(zan::parse_number_range("ALL", 0), invalid);
 }

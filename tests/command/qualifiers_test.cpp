@@ -6,13 +6,12 @@ namespace {
 
 using zan::Qualifiers;
 
-struct Case {
-  std::string line;
-  std::string left;
-  Qualifiers quals;
-};
-
 TEST(Qualifiers, AreTakenOutOfTheLine) {
+  struct Case {
+    std::string line;
+    std::string left;
+    Qualifiers quals;
+  };
   const Case cases[] = {
       {"TYPE 1:5", "TYPE 1:5", {}},
       {"TYPE/QUERY/notype /Save", "TYPE", {.query = true, .notype = true, .save = true}},

@@ -10,7 +10,7 @@ namespace {
 
 using namespace zan::test;
 
-constexpr long kShortFormStride = 13;
+constexpr long kAllocationStride = 13;
 constexpr long kAfterStart = 3; // before it, the run-time library takes its reserve for reporting the failure
 
 void set_up(const Stage& stage) {
@@ -109,7 +109,7 @@ TEST_P(MemoryOf, EveryAllocationFails) {
   // A sanitizer has an allocator of its own.
   if (!session.run(std::to_string(kAfterStart), promise))
     GTEST_SKIP() << "allocations cannot be made to fail";
-  const long stride = long_form() ? 1 : kShortFormStride;
+  const long stride = long_form() ? 1 : kAllocationStride;
   auto turn = static_cast<long>(2 * GetParam()); // so that the sessions do not all fail at the same places
   for (const char* all : {"", "+"}) {
     for (long i = kAfterStart + 1 + turn++ % stride; session.run(std::to_string(i) + all, promise);
@@ -137,7 +137,7 @@ TEST(Memory, WhatIsModifiedIsRescued) {
   stage.prepare("truncate -s 1T big");
   run = stage.run({{"big"}, "INSERT x\nTYPE/SAVE\nEXIT\n", little});
   EXPECT_EQ(run.errors, "?Unable to write big\n");
-  EXPECT_EQ(stat_of(stage / "big").st_size, 1L << 40);
+  EXPECT_EQ(stat_of(stage / "big").st_size, off_t{1} << 40);
 }
 
 } // namespace

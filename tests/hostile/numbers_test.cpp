@@ -14,7 +14,8 @@ constexpr std::string_view kNumbers[] = {"0",
                                          "18446744073709551616",
                                          "123456789012345678901234567890"};
 
-const std::string kText = "one\talpha\n\ttwo a a\n\nfour " + std::string(100, 'a') + "\nfive six seven\n";
+const std::string kFiveLines =
+    "one\talpha\n\ttwo a a\n\nfour " + std::string(100, 'a') + "\nfive six seven\n";
 
 // Files larger than this are refused by the system.
 constexpr std::string_view kSmallFiles = "ulimit -f 2000";
@@ -32,7 +33,7 @@ TEST(Hostile, NumbersOfEverySize) {
       if (turn++ % stride != 0) continue;
       const std::string commands = replaced(unescape(place), "#", number) + "\nQUIT\n";
       box.clear();
-      box.write("a.txt", kText);
+      box.write("a.txt", kFiveLines);
       expect_answer(promise, box.run({"a.txt"}, commands, std::string(kSmallFiles)), commands);
     }
   }
@@ -44,7 +45,7 @@ TEST(Hostile, TwoBillion) {
   for (const std::string& row : lines_of_file("hostile/two_billion.txt")) {
     const std::string commands = unescape(row);
     box.clear();
-    box.write("a.txt", kText);
+    box.write("a.txt", kFiveLines);
     expect_answer(promise,
                   box.run({"a.txt"}, commands + "\n", std::string(kSmallFiles) + "; " + limited_memory()),
                   commands);

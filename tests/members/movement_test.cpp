@@ -12,8 +12,8 @@ constexpr auto kBackup = Editor::Direction::Backup;
 using Place = std::pair<std::uint64_t, std::uint64_t>; // row, column
 using Move = std::function<void(Editor&)>;
 
-Move to(void (Editor::*move)()) { return move; }
-Move to(void (Editor::*move)(Editor::Direction), Editor::Direction way) {
+Move move_by(void (Editor::*move)()) { return move; }
+Move move_by(void (Editor::*move)(Editor::Direction), Editor::Direction way) {
   return [=](Editor& editor) { (editor.*move)(way); };
 }
 
@@ -22,12 +22,13 @@ Move to(void (Editor::*move)(Editor::Direction), Editor::Direction way) {
 TEST(Movement, OverFortyLines) {
   std::string text;
   for (int i = 0; i < 10; ++i) text += "foo, bar_$1;x\n\n..a b\nlast.\n";
-  const Move left = to(&Editor::move_left), right = to(&Editor::move_right), up = to(&Editor::move_up),
-             down = to(&Editor::move_down), word = to(&Editor::move_word, kAdvance),
-             word_back = to(&Editor::move_word, kBackup), line = to(&Editor::line_move, kAdvance),
-             line_back = to(&Editor::line_move, kBackup), page = to(&Editor::page_down),
-             page_back = to(&Editor::page_up), section = to(&Editor::section_move, kAdvance),
-             section_back = to(&Editor::section_move, kBackup);
+  const Move left = move_by(&Editor::move_left), right = move_by(&Editor::move_right),
+             up = move_by(&Editor::move_up), down = move_by(&Editor::move_down),
+             word = move_by(&Editor::move_word, kAdvance), word_back = move_by(&Editor::move_word, kBackup),
+             line = move_by(&Editor::line_move, kAdvance), line_back = move_by(&Editor::line_move, kBackup),
+             page = move_by(&Editor::page_down), page_back = move_by(&Editor::page_up),
+             section = move_by(&Editor::section_move, kAdvance),
+             section_back = move_by(&Editor::section_move, kBackup);
   const struct {
     const char* name;
     Move move;
@@ -37,8 +38,8 @@ TEST(Movement, OverFortyLines) {
       {"left at the top", left, {{0, 1}, {0, 0}, {0, 0}}},
       {"right", right, {{0, 12}, {0, 13}, {1, 0}, {2, 0}, {2, 1}}},
       {"right at the end", right, {{39, 4}, {39, 5}, {39, 5}}},
-      {"character forward", to(&Editor::move_char, kAdvance), {{0, 13}, {1, 0}}},
-      {"character backward", to(&Editor::move_char, kBackup), {{1, 0}, {0, 13}}},
+      {"character forward", move_by(&Editor::move_char, kAdvance), {{0, 13}, {1, 0}}},
+      {"character backward", move_by(&Editor::move_char, kBackup), {{1, 0}, {0, 13}}},
       {"up", up, {{4, 9}, {3, 5}, {2, 5}, {1, 0}, {0, 0}, {0, 0}}},
       {"down", down, {{36, 9}, {37, 0}, {38, 0}, {39, 0}, {39, 0}}},
       {"up from the top", up, {{0, 20}, {0, 13}}},

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr unsigned kDeadline = 30; // seconds
+constexpr unsigned kLifetime = 30; // seconds
 
 // The strings as exec wants them; they must outlive the result.
 std::vector<char*> as_pointers(std::vector<std::string>& strings) {
@@ -30,7 +30,7 @@ bool redirect(const std::string& path, int descriptor) {
                      redirect(home + "/stdout", STDOUT_FILENO) && redirect(home + "/stderr", STDERR_FILENO) &&
                      chdir((home + "/work").c_str()) == 0;
   for (const int signal : {SIGPIPE, SIGHUP, SIGINT, SIGQUIT}) std::signal(signal, SIG_DFL);
-  alarm(kDeadline); // outlives exec: the program cannot hang, so nobody needs to watch the clock
+  alarm(kLifetime); // outlives exec: the program cannot hang, so nobody needs to watch the clock
   if (ready) execve(words[0].c_str(), as_pointers(words).data(), as_pointers(settings).data());
   _exit(127);
 }

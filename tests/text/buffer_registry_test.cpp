@@ -6,10 +6,10 @@
 
 namespace {
 
-using Model = std::map<std::string, std::string>;
+using TextsByName = std::map<std::string, std::string>;
 
-Model contents(const zan::BufferRegistry& registry) {
-  Model result;
+TextsByName contents(const zan::BufferRegistry& registry) {
+  TextsByName result;
   std::string before;
   for (const auto& [name, buffer] : registry.entries()) {
     EXPECT_LT(before, name);
@@ -25,7 +25,7 @@ Model contents(const zan::BufferRegistry& registry) {
 // Every copy goes its own way, as the registries of undo snapshots do.
 TEST(BufferRegistry, IsAMapWhoseCopiesAreIndependent) {
   std::mt19937 random(7);
-  std::vector<std::pair<zan::BufferRegistry, Model>> copies(1);
+  std::vector<std::pair<zan::BufferRegistry, TextsByName>> copies(1);
   for (int step = 0; step < 3000; ++step) {
     auto& [registry, model] = copies[random() % copies.size()];
     const std::string name = "B" + std::to_string(random() % 60);

@@ -91,9 +91,9 @@ std::string state(const std::vector<std::string>& lines, const std::string& text
          (has_mark ? ", mark " : ", no mark ") + std::to_string(mark_row) + " " + std::to_string(mark_col);
 }
 
-class Play {
+class BufferPlay {
  public:
-  explicit Play(unsigned seed) : random_(seed) {}
+  explicit BufferPlay(unsigned seed) : random_(seed) {}
 
   void step() {
     if (below(3) == 0) buffer_.clear_modified(), model_.modified = false;
@@ -156,7 +156,7 @@ class Play {
 
 TEST(TextBuffer, IsWhatItsModelIsAfterEveryEdit) {
   for (unsigned seed = 0; seed < 300; ++seed) {
-    Play play(seed);
+    BufferPlay play(seed);
     for (int step = 0; step < 200 && !testing::Test::HasFatalFailure(); ++step) play.step();
   }
 }
