@@ -72,7 +72,8 @@ TEST(Keys, ChangeTextAndCursorAndRegisters) {
     scene.set_up(row[3]);
     scene.press(row[2]);
     EXPECT_LE(scene.cursor_col, scene.current.line_length(scene.cursor_row)) << row[0];
-    return scene.shown() + " / " + scene.told() + scene.status_message + (scene.undo_stack.empty() ? "" : "!");
+    return scene.shown() + " / " + scene.told() + scene.status_message +
+           (scene.undo_stack.empty() ? "" : "!");
   });
 }
 

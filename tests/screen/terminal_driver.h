@@ -27,12 +27,12 @@ struct TerminalOptions {
   std::optional<std::string> term = "xterm-256color";
   int rows = 8;
   int columns = 64;
-  std::string startup;                // commands of the startup file
-  std::string spooler;                // the script "lpr"
-  std::vector<std::string> arguments; // behind the file's name
-  int ignores = 0;                    // a signal that is ignored, as SIGHUP is under nohup
-  bool job = false;                   // under a shell, which it can be stopped for
-  bool nonblocking = false;           // somebody has set the terminal not to wait
+  std::string startup = {};                // commands of the startup file
+  std::string spooler = {};                // the script "lpr"
+  std::vector<std::string> arguments = {}; // behind the file's name
+  int ignores = 0;                         // a signal that is ignored, as SIGHUP is under nohup
+  bool job = false;                        // under a shell, which it can be stopped for
+  bool nonblocking = false;                // somebody has set the terminal not to wait
   std::shared_ptr<zan::test::ScratchDirectory> home = nullptr; // with its files; none: a new one
 };
 

@@ -80,10 +80,15 @@ std::vector<std::string> split_fields(const std::string& row) {
   return fields;
 }
 
+Fields bytes_of_row(const std::string& row) {
+  Fields fields = split_fields(row);
+  for (std::string& field : fields) field = bytes_of_field(field);
+  return fields;
+}
+
 void expect_rows(const std::string& table, const std::function<std::string(const Fields&)>& answer) {
   for (const std::string& row : lines_of_file(table + ".table")) {
-    Fields fields = split_fields(row);
-    for (std::string& field : fields) field = bytes_of_field(field);
+    Fields fields = bytes_of_row(row);
     const std::string wanted = fields.back();
     fields.pop_back();
     EXPECT_EQ(answer(fields), wanted) << table << ".table: " << row;
