@@ -17,7 +17,6 @@ struct Shown {
   std::vector<std::string> rows;
   int cursor_row = 0;
   int cursor_column = 0;
-  bool operator==(const Shown&) const = default;
   std::string to_string() const;
   std::string row(int number) const { return rows.at(static_cast<std::size_t>(number)); }
 };
@@ -62,12 +61,10 @@ class TerminalDriver {
   bool has_its_modes() const;                           // those that the terminal had before the start
 
   // Waits until the picture is as wanted; false, after a report of both pictures, when it never is.
-  bool shows(const Shown& wanted);
-  // The same for some of it: `text` stands in some row.
-  bool shows_text(std::string_view text);
   bool wait_until(const std::function<bool(const Shown&)>& wanted, const std::string& description);
-  void pause(int milliseconds); // of somebody who does not type faster
-  int exit_status();            // waits for the end: the exit status, or 128 and the signal
+  bool shows_text(std::string_view text); // in some row
+  void pause(int milliseconds);           // of somebody who does not type faster
+  int exit_status();                      // waits for the end: the exit status, or 128 and the signal
   int exit_status_unread();
   double processor_seconds() const { return processor_seconds_; } // that the ended program used
 
