@@ -1,10 +1,9 @@
 // Keys in screen mode, decoded, drawn and carried out, on a screen whose output nobody sees. The input: a
 // line of bytes, each of which chooses a key or a command at the prompt; the text.
-#include <array>
-
 #include "fuzz/editor_state.h"
 #include "screen/keys.h"
 #include "screen/terminal.h"
+#include "tests/screen/typed_ahead.h"
 
 namespace {
 
@@ -39,23 +38,6 @@ bool start_screen() {
   return true;
 }
 
-// The keys wait in a pipe that is the standard input.
-class TypedAhead {
- public:
-  explicit TypedAhead(const std::string& keys) {
-    zan::fuzz::check(::pipe(ends_.data()) == 0 && ::dup2(ends_[0], STDIN_FILENO) == STDIN_FILENO);
-    zan::fuzz::check(::write(ends_[1], keys.data(), keys.size()) == static_cast<ssize_t>(keys.size()));
-  }
-  ~TypedAhead() {
-    for (const int end : ends_) ::close(end);
-  }
-  TypedAhead(const TypedAhead&) = delete;
-  TypedAhead& operator=(const TypedAhead&) = delete;
-
- private:
-  std::array<int, 2> ends_{};
-};
-
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -68,7 +50,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   for (const char c : choices) keys += kKeys[static_cast<unsigned char>(c) % kKeys.size()];
   // Nothing waits beyond these: each ends a prompt or a repetition.
   keys.append(choices.size() + 8, static_cast<char>(zan::kCtrlC));
-  const TypedAhead typed(keys);
+  const zan::test::TypedAhead typed(keys);
   zan::fuzz::TestEditor editor(input.rest());
   const zan::ScreenVisit visit(false);
   zan::fuzz::check(static_cast<bool>(visit));

@@ -1,10 +1,10 @@
 #include "command/parser.h"
 
 #include <set>
-#include <string>
 
 #include <gtest/gtest.h>
 
+#include "tests/sessions/text_forms.h"
 #include "text/bytes.h"
 
 namespace {
@@ -34,52 +34,5 @@ TEST(Parser, EveryTableRowIsFoundInAnyCase) {
 }
 
 TEST(Parser, LinesThatNeedCare) {
-  struct Row {
-    std::string_view line;
-    std::string_view expected; // key|argument
-  };
-  const Row rows[] = {
-      {"  ", "|"},
-      {"7", "GOTO-LINE|7"},
-      {"0", "GOTO-LINE|0"},
-      {"99999999999999999999999", "GOTO-LINE|99999999999999999999999"},
-      {".+1", "GOTO-LINE|11"},
-      {".", ".|"},
-      {".+x", ".+X|"},
-      {"5 TYPE", "5|TYPE"},
-      {"t 10 thru 20", "TYPE|10 thru 20"},
-      {"TYPE5", "TYPE5|"},
-      {"TYPE\t5", "TYPE|5"},
-      {"FIND", "FIND|"},
-      {"f  Abc ", "FIND|Abc"},
-      {"FIND NEXT", "FNDNXT|"},
-      {"FIND  NEXT", "FIND|NEXT"},
-      {"set numbers", "SET-NUMBERS|"},
-      {"SET  NUMBERS", "SET|NUMBERS"},
-      {"SET\tNUMBERS", "SET|NUMBERS"},
-      {"SET NUMBERS 1", "SET|NUMBERS 1"},
-      {"SET-NUMBERS 1", "SET-NUMBERS|1"},
-      {"set mode line", "SET-MODE-LINE|"},
-      {"SET-MODE LINE", "SET-MODE|LINE"},
-      {"SET TAB -4", "SET-TAB|-4"},
-      {"SET TAB\t4", "SET|TAB\t4"},
-      {"SHOW KEY", "SHOW-KEY|"},
-      {"SHOW KEY gold kp7", "SHOW-KEY|gold kp7"},
-      {"SUBSTITUTE/a/b/3", "SUBSTITUTE|/a/b/3"},
-      {"SUBSTITUTE all", "SUBSTITUTE-ALL|"},
-      {"SUBSTITUTE ALL x", "SUBSTITUTE-ALL|x"},
-      {"SUBSTITUTE ALLSO", "SUBSTITUTE|ALLSO"},
-      {"SUBSTITUTE _x", "SUBSTITUTE|_x"},
-      {"SUBSTITUTE NEXT", "SUBSTITUTE|"},
-      {"XLATEab", "XLATE|ab"},
-      {"TAB ADJUST1:2", "TAB-ADJUST|1:2"},
-      {"SET TAB", "SET-TAB|8"},
-      {"SET WORD DELIMITERS", "SET-WORD-DELIM|ON"},
-      {"SET ENTITY abc", "SET-ENTITY|abc"},
-      {"SET ENTITY WORD abc", "SET-ENTITY|abc"},
-      {"SET WORD abc", "SET-ENTITY|abc"},
-      {"DELETE LINE", "DEL-L|"},
-      {"HELP  KEYPAD", "HELP|KEYPAD"},
-  };
-  for (const Row& row : rows) EXPECT_EQ(parsed(row.line), row.expected) << row.line;
+  expect_rows("command/parser", [](const Fields& row) { return parsed(row[0]); });
 }

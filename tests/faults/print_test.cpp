@@ -77,11 +77,12 @@ TEST(Print, EveryCallFails) {
   const Stage stage;
   write_file(stage / "f", kText);
   stage.run({{"f"}, "PRINT\nQUIT\n"}, 1, {});
-  long number = 0;
+  long number = 0, turn = 0;
   for (const std::string& call : stage.calls()) {
     if (call.starts_with("made ")) continue;
     ++number;
     for (const int error : {ENOSPC, EIO, EDQUOT, EACCES, EROFS, EINTR, EPERM}) {
+      if (!long_form() && turn++ % 2 != 0) continue; // the errors are seven: none is left out everywhere
       const std::string how = std::to_string(error);
       promise.ran(how + " at " + call,
                   wrong_with({how + " at " + call, kTake, "PRINT", "", kText, {how, number}}));

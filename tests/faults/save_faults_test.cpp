@@ -1,4 +1,4 @@
-// Every call of a save fails in turn, or the program is killed at it.
+// Every call of a save fails in turn, the program is killed at it, or from then on no disk has room.
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
@@ -40,6 +40,9 @@ std::vector<Save> all_saves() {
   for (const Row& row : read_rows("saves")) saves.emplace_back(row);
   return saves;
 }
+
+// Before the first byte of a file is overwritten.
+bool reserves_room(const std::string& call) { return call.starts_with("fallocate"); }
 
 void PrintTo(const Save& save, std::ostream* out) { *out << save.name; }
 
@@ -100,6 +103,8 @@ class Judge {
     if (reported_ == contains(said, save_.saved)) note("it says: " + said);
     if (run.status != (save_.exits() && reported_ ? 2 : 0)) note("status " + std::to_string(run.status));
     if (!reported_ && text_ != save_.new_text) note("it says that it was saved");
+    const bool no_room = reserves_room(call_) && fault_.how == std::to_string(ENOSPC);
+    if (no_room && !reported_) note("begun where there was no room");
     if (reported_ && retried()) note("not tried again");
     const bool modified = contains(run.output, "Changes discarded\n");
     if (!save_.exits() && modified != (reported_ || save_.is("other file"))) note("modified: " + said);
@@ -198,10 +203,13 @@ bool is_version_probe(const std::string& call) {
 }
 
 bool applies(const std::string& how, const std::string& call) {
+  if (how == "full") return call.starts_with("write") || reserves_room(call);
   return how != "short" || call.starts_with("write");
 }
 
-void run_all(const Save& save, Promised row, const std::vector<std::string>& ways) {
+// In the short form one in so many of the faults.
+void run_all(const Save& save, Promised row, const std::vector<std::string>& ways,
+             long stride = kShortFormStride) {
   Promise promise(row);
   const std::vector<std::string> calls = calls_of(save);
   ASSERT_FALSE(calls.empty());
@@ -211,7 +219,8 @@ void run_all(const Save& save, Promised row, const std::vector<std::string>& way
   for (std::size_t i = 0; i < calls.size(); ++i) {
     if (!long_form() && is_version_probe(calls[i])) continue;
     for (const std::string& how : ways) {
-      if (!applies(how, calls[i]) || (!long_form() && turn++ % kShortFormStride != 0)) continue;
+      const bool always = long_form() || reserves_room(calls[i]);
+      if (!applies(how, calls[i]) || (!always && turn++ % stride != 0)) continue;
       const Fault fault{how, static_cast<long>(i) + 1};
       const Stage stage;
       set_up(save, stage);
@@ -239,6 +248,8 @@ TEST_P(SaveUnderFaults, EveryCallFails) { run_all(GetParam(), Promised::failing_
 TEST_P(SaveUnderFaults, KilledAtEveryCall) {
   run_all(GetParam(), Promised::killed_save, {"kill", "kill-after"});
 }
+
+TEST_P(SaveUnderFaults, OnAFullDisk) { run_all(GetParam(), Promised::full_disk, {"full"}, 1); }
 
 INSTANTIATE_TEST_SUITE_P(Saves, SaveUnderFaults, testing::ValuesIn(all_saves()));
 

@@ -4,6 +4,8 @@
 #include <limits>
 #include <string>
 
+#include "tests/sessions/text_forms.h"
+
 namespace {
 
 std::string file_of(const zan::LineStore& text, zan::RowStretch rows, std::uint64_t length) {
@@ -19,29 +21,12 @@ std::string file_of(const zan::LineStore& text, zan::RowStretch rows, std::uint6
 constexpr zan::RowStretch kAll{0, std::numeric_limits<std::uint64_t>::max()};
 
 TEST(Records, BytesOfTheFile) {
-  const struct {
-    const char* text; // lines joined by line feeds
-    zan::RowStretch rows;
-    std::uint64_t length; // 0: variable
-    const char* file;
-  } rows[] = {
-      {"a\nb", kAll, 0, "a\nb\n"},
-      {"", kAll, 0, ""},
-      {"\n", kAll, 0, "\n\n"},
-      {"a\nb\nc", {1, 1}, 0, "b\n"},
-      {"a\nb\nc", {1, 9}, 0, "b\nc\n"},
-      {"a\nb\nc", {3, 1}, 0, "\n"},
-      {"a\t\f\r\xff", kAll, 0, "a\t\f\r\xff\n"},
-      {"abcdefghijklmno", kAll, 10, "abcdefghij\nklmno     \n"},
-      {"", kAll, 10, "          \n"},
-      {"ab\n\nabcd\nabcde", kAll, 2, "ab\n  \nab\ncd\nab\ncd\ne \n"},
-      {"a\nb", {2, 1}, 10, "\n"},
-      {"a\nb", {1, 1}, 3, "b  \n"},
-  };
-  for (const auto& row : rows) {
-    EXPECT_EQ(file_of(zan::LineStore::from_text(row.text), row.rows, row.length), row.file)
-        << row.text << ", " << row.rows.first << "+" << row.rows.count << ", length " << row.length;
-  }
+  expect_rows("files/records", [](const Fields& row) {
+    const auto& [text, rows, length] = std::tie(row[0], row[1], row[2]);
+    const zan::RowStretch stretch =
+        rows == "all" ? kAll : zan::RowStretch{std::stoull(rows), std::stoull(rows.substr(2))};
+    return file_of(zan::LineStore::from_text(text), stretch, std::stoull(length));
+  });
 }
 
 TEST(Records, LineInSeveralPiecesAndWithALineFeedInside) {

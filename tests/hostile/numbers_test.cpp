@@ -5,17 +5,8 @@
 
 namespace {
 
-constexpr std::string_view kNumbers[] = {"0",
-                                         "-1",
-                                         "2147483647",
-                                         "2147483648",
-                                         "4294967296",
-                                         "9223372036854775808",
-                                         "18446744073709551616",
-                                         "123456789012345678901234567890"};
-
-const std::string kFiveLines =
-    "one\talpha\n\ttwo a a\n\nfour " + std::string(100, 'a') + "\nfive six seven\n";
+const std::vector<std::string> kNumbers = lines_of_file("hostile/numbers.txt");
+const std::string kText = "one\talpha\n\ttwo a a\n\nfour " + std::string(100, 'a') + "\nfive six seven\n";
 
 // Files larger than this are refused by the system.
 constexpr std::string_view kSmallFiles = "ulimit -f 2000";
@@ -29,11 +20,11 @@ TEST(Hostile, NumbersOfEverySize) {
   std::size_t turn = 0;
   // Every place, "#" in that of the number; lines that follow use what was set.
   for (const std::string& place : lines_of_file("hostile/places.txt")) {
-    for (const std::string_view number : kNumbers) {
+    for (const std::string& number : kNumbers) {
       if (turn++ % stride != 0) continue;
       const std::string commands = replaced(unescape(place), "#", number) + "\nQUIT\n";
       box.clear();
-      box.write("a.txt", kFiveLines);
+      box.write("a.txt", kText);
       expect_answer(promise, box.run({"a.txt"}, commands, std::string(kSmallFiles)), commands);
     }
   }
@@ -45,7 +36,7 @@ TEST(Hostile, TwoBillion) {
   for (const std::string& row : lines_of_file("hostile/two_billion.txt")) {
     const std::string commands = unescape(row);
     box.clear();
-    box.write("a.txt", kFiveLines);
+    box.write("a.txt", kText);
     expect_answer(promise,
                   box.run({"a.txt"}, commands + "\n", std::string(kSmallFiles) + "; " + limited_memory()),
                   commands);

@@ -1,37 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "app/editor.h"
+#include "tests/sessions/text_forms.h"
 
 TEST(KeyForms, FollowFromTheTables) {
-  using enum zan::KeyForm;
-  struct Row {
-    std::string_view key;
-    zan::KeyForm form;
-  };
-  const Row rows[] = {
-      {"DEL-L", alone},
-      {"SHOW-KEY", either},
-      {"DEFINE-KEY", argument},
-      {"GOTO-LINE", unspelled},
-      {"SET-WRAP", alone},
-      {"SET-NOWRAP", alone},
-      {"SHOW-WRAP", alone},
-      {"SHOW-NOWRAP", unspelled},
-      {"SET-LINES", argument},
-      {"SET-NOLINES", unspelled},
-      {"SHOW-LINES", alone},
-      {"SET-CASE", argument},
-      {"SHOW-CASE", alone},
-      {"SET-RMS", argument},
-      {"SHOW-RMS", alone},
-      {"SET-SEARCH", argument},
-      {"SET-SEARCH-END", alone},
-      {"SHOW-SEARCH-END", unspelled},
-      {"SET-SEARCH-", unspelled},
-      {"SET-", unspelled},
-      {"SET", unspelled},
-      {"WRAP", unspelled},
-      {"", unspelled},
-  };
-  for (const Row& row : rows) EXPECT_EQ(Editor::key_form(row.key), row.form) << row.key;
+  expect_rows("members/key_forms", [](const Fields& row) {
+    using enum zan::KeyForm;
+    const zan::KeyForm form = Editor::key_form(row[0]);
+    return form == alone ? "alone" : form == either ? "either" : form == argument ? "argument" : "unspelled";
+  });
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "screen/keys.h"
 
@@ -24,12 +25,26 @@ constexpr NamedKey kKeys[] = {
     {"PAGEUP", "\033[5~", zan::kPageUp}, {"PAGEDOWN", "\033[6~", zan::kPageDown},
 };
 
-std::string bytes_of(std::string_view name) {
-  if (name.starts_with("CTRL+") && name.size() == 6) return {static_cast<char>(name[5] - '@')};
-  if (name == "DELETE") return "\177"; // of which some terminals make another key
-  const auto key = std::ranges::find(kKeys, name, &NamedKey::name);
-  if (key == std::end(kKeys)) throw std::runtime_error("no key " + std::string(name));
-  return std::string(key->bytes);
+// A key in braces, or a byte: what it sends, and its code.
+std::pair<std::string, int> sent_and_code(std::string_view key) {
+  const auto byte = [](int code) { return std::pair(std::string(1, static_cast<char>(code)), code); };
+  if (key.size() == 1) return byte(static_cast<unsigned char>(key[0]));
+  const std::string_view name = key.substr(1, key.size() - 2);
+  if (name.starts_with("CTRL+") && name.size() == 6) return byte(name[5] - '@');
+  if (name == "DELETE") return byte(zan::kDelete); // of which some terminals make another key
+  const auto known = std::ranges::find(kKeys, name, &NamedKey::name);
+  if (known == std::end(kKeys)) throw std::runtime_error("no key " + std::string(name));
+  return {std::string(known->bytes), known->code};
+}
+
+std::vector<std::pair<std::string, int>> keys_of(std::string_view text) {
+  std::vector<std::pair<std::string, int>> keys;
+  while (!text.empty()) {
+    const std::size_t length = text[0] == '{' ? text.find('}') + 1 : 1;
+    keys.push_back(sent_and_code(text.substr(0, length)));
+    text.remove_prefix(length);
+  }
+  return keys;
 }
 
 } // namespace
@@ -38,10 +53,12 @@ std::span<const NamedKey> named_keys() { return kKeys; }
 
 std::string key_bytes(std::string_view text) {
   std::string bytes;
-  for (auto open = text.find('{'); open != std::string_view::npos; open = text.find('{')) {
-    const auto close = text.find('}', open);
-    bytes.append(text.substr(0, open)).append(bytes_of(text.substr(open + 1, close - open - 1)));
-    text.remove_prefix(close + 1);
-  }
-  return bytes.append(text);
+  for (const auto& key : keys_of(text)) bytes += key.first;
+  return bytes;
+}
+
+std::vector<int> key_codes(std::string_view text) {
+  std::vector<int> codes;
+  for (const auto& key : keys_of(text)) codes.push_back(key.second);
+  return codes;
 }

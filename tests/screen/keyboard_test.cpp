@@ -1,14 +1,13 @@
 #include <algorithm>
 #include <cstdlib>
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sstream>
-#include <unistd.h>
 
 #include "screen/keys.h"
 #include "screen/terminal.h"
 #include "tests/screen/key_names.h"
 #include "tests/screen/terminal_driver.h"
+#include "tests/screen/typed_ahead.h"
 #include "tests/sessions/text_forms.h"
 
 namespace {
@@ -76,30 +75,6 @@ void press_keys(const KeyCase& key) {
   terminal.wait_until(fits, wanted.to_string());
 }
 
-// While one lives, the bytes are the standard input, and nobody sees the standard output.
-class TypedAhead {
- public:
-  explicit TypedAhead(const std::string& bytes) {
-    EXPECT_EQ(pipe(ends_), 0);
-    EXPECT_EQ(write(ends_[1], bytes.data(), bytes.size()), static_cast<ssize_t>(bytes.size()));
-    std::fflush(stdout);
-    dup2(ends_[0], STDIN_FILENO);
-    dup2(nowhere_, STDOUT_FILENO);
-  }
-  ~TypedAhead() {
-    std::fflush(stdout);
-    dup2(input_, STDIN_FILENO);
-    dup2(output_, STDOUT_FILENO);
-    for (const int file : {input_, output_, nowhere_, ends_[0], ends_[1]}) close(file);
-  }
-  TypedAhead(const TypedAhead&) = delete;
-  TypedAhead& operator=(const TypedAhead&) = delete;
-
- private:
-  int input_ = dup(STDIN_FILENO), output_ = dup(STDOUT_FILENO), nowhere_ = open("/dev/null", O_WRONLY);
-  int ends_[2] = {};
-};
-
 } // namespace
 
 TEST(Keyboard, WhatKeysDo) {
@@ -118,7 +93,7 @@ TEST(Keyboard, KeysOfEveryTerminal) {
     }
     std::vector<int> codes;
     {
-      const TypedAhead ahead(typed + "\177");
+      const zan::test::TypedAhead ahead(typed + "\177");
       const zan::ScreenVisit visit(false);
       while (visit && codes.size() <= named_keys().size()) codes.push_back(zan::read_key([] {}).value_or(0));
     }

@@ -1,12 +1,15 @@
 #include "screen/picture.h"
 
 #include <gtest/gtest.h>
+#include <sstream>
 
+#include "screen/keys.h"
 #include "screen/prompt_editor.h"
+#include "tests/screen/key_names.h"
+#include "tests/sessions/text_forms.h"
 
 namespace {
 
-using zan::Corner;
 using zan::Position;
 using zan::ScreenView;
 
@@ -37,68 +40,25 @@ int width_of(char32_t character) {
 } // namespace
 
 TEST(Picture, BytesOnARow) {
-  struct Case {
-    std::string bytes;
-    std::size_t begin, end;
-    int columns;
-    const char* shown;
-  };
-  const std::vector<Case> cases{
-      {"plain", 1, 3, 10, "p{la}in"},
-      {"cut here", 0, 8, 3, "{cut}"},
-      {"a\tb", 0, 0, 20, "a       b"},
-      {"a\tb", 1, 2, 20, "a{       }b"},
-      {"a\tb", 0, 0, 5, "a    "},
-      {std::string("\0\x1b\x7f\n", 4), 0, 0, 20, "^@^[^?^J"},
-      {"\f\f\f", 0, 0, 5, "^L^L^"},
-      {"abc\rX\b\b\bYZ", 0, 0, 20, "YZc"},
-      {"caf\xc3\xa9!", 0, 0, 20, "caf\xc3\xa9 !"},
-      {"\xe4\xb8\xad|\xf0\x9f\x99\x82|", 0, 0, 20, "\xe4\xb8\xad |\xf0\x9f\x99\x82  |"},
-      {"\xe4\xb8\xad", 0, 0, 2, "??"},           // cut by the edge
-      {"a\xc3\xa9z", 0, 2, 20, "{a?}?z"},        // by the end of the selection
-      {"a\xc3\xa9z", 1, 3, 20, "a{\xc3\xa9 }z"}, // selected as a whole
-      {"e\xcc\x81", 0, 0, 20, "e??"},            // combining
-      {"\xe4\xb8\xad\rab", 0, 0, 20, "ab "},     // overwritten
-      {"\xe4\xb8\xad\b\b.", 0, 0, 20, " . "},    // in its second half
-      {"\xe9\x80\xff", 0, 0, 20, "???"},
-      {"\xc2\x85|\xed\xa0\x80", 0, 0, 20, "??|???"},
-      {"x", 0, 0, 0, ""},
-  };
-  for (const auto& [bytes, begin, end, columns, shown] : cases)
-    EXPECT_EQ(text_of(zan::display_runs(bytes, begin, end, columns, width_of)), shown) << bytes;
+  expect_rows("screen/picture", [](const Fields& row) {
+    std::size_t begin = 0, end = 0;
+    std::istringstream(row[1]) >> begin >> end;
+    return text_of(zan::display_runs(row[0], begin, end, std::stoi(row[2]), width_of));
+  });
   EXPECT_EQ(text_of(zan::display_runs("\xe9\x80\xff|\xc2\x85", 0, 0, 20, nullptr)), "M-i~@~?|M-B~E");
 }
 
 TEST(Picture, CornerFollowsTheCursor) {
-  ScreenView view;
-  const auto corner = [&](Position cursor, Corner before) {
-    view.cursor = cursor;
-    view.corner = before;
-    return zan::corner_for_cursor(view);
-  };
-  EXPECT_EQ(corner({20, 0}, {0, 0}), (Corner{0, 0})) << "the last row";
-  EXPECT_EQ(corner({21, 0}, {0, 0}), (Corner{1, 0})) << "below";
-  EXPECT_EQ(corner({3, 0}, {10, 0}), (Corner{3, 0})) << "above";
-  EXPECT_EQ(corner({0, 200}, {0, 0}), (Corner{0, 122})) << "right";
-  EXPECT_EQ(corner({0, 78}, {0, 0}), (Corner{0, 0})) << "the last but one column";
-  EXPECT_EQ(corner({0, 79}, {0, 0}), (Corner{0, 1})) << "the last column";
-  EXPECT_EQ(corner({0, 3}, {0, 122}), (Corner{0, 0})) << "left, near the start";
-  EXPECT_EQ(corner({0, 50}, {0, 122}), (Corner{0, 46})) << "left";
-  view.line_numbers = true;
-  EXPECT_EQ(corner({8, 77}, {0, 0}), (Corner{0, 1}));
-  view.line_numbers = false;
-  view.truncate = true;
-  EXPECT_EQ(corner({0, 200}, {0, 9}), (Corner{0, 0}));
-  for (const auto& [top, bottom] : {std::pair(5, 20), {20, 5}}) { // a band, given either way
-    view.top_margin = top;
-    view.bottom_margin = bottom;
-    EXPECT_EQ(corner({20, 0}, {0, 0}), (Corner{1, 0})) << "below the band";
-    EXPECT_EQ(corner({13, 0}, {10, 0}), (Corner{9, 0})) << "above it";
-    EXPECT_EQ(corner({3, 0}, {10, 0}), (Corner{0, 0})) << "above it, near the top";
-  }
-  view.rows = 6; // of which three are text: the band is the lowest of them
-  EXPECT_EQ(corner({9, 0}, {2, 0}), (Corner{7, 0}));
-  EXPECT_EQ(corner({9, 0}, {9, 0}), (Corner{7, 0}));
+  expect_rows("screen/corner", [](const Fields& row) {
+    ScreenView view;
+    std::istringstream(row[0]) >> view.rows >> view.top_margin >> view.bottom_margin;
+    view.line_numbers = row[1] == "numbers";
+    view.truncate = row[1] == "truncate";
+    std::istringstream(row[2]) >> view.cursor.row >> view.cursor.col;
+    std::istringstream(row[3]) >> view.corner.top_row >> view.corner.left_col;
+    const zan::Corner corner = zan::corner_for_cursor(view);
+    return std::to_string(corner.top_row) + " " + std::to_string(corner.left_col);
+  });
 }
 
 TEST(Picture, RowsOfTheScreen) {
@@ -150,33 +110,17 @@ TEST(Picture, RowsOfTheScreen) {
 }
 
 TEST(Prompt, KeysMakeAnAnswer) {
-  using Outcome = zan::PromptEditor::Outcome;
-  struct Case {
-    std::vector<int> keys;
-    Outcome last;
-    std::string answer;
-  };
-  const std::vector<Case> cases{
-      {{'a', 'b', 13}, Outcome::answered, "ab"},
-      {{'a', 10}, Outcome::answered, "a"},
-      {{26, 525}, Outcome::answered, "\x1a"},
-      {{'a', 'b', 127, 263, 127, 'c'}, Outcome::going, "c"},
-      {{0xc3, 0xa9, 127}, Outcome::going, ""},
-      {{'x', 0xa9, 127}, Outcome::going, "x"},
-      {{'a', 'b', 21, 27, 9}, Outcome::going, "\x1b\t"},
-      {{'a', 3}, Outcome::cancelled, "a"},
-      {{'a', 258}, Outcome::refused, "a"},
-  };
-  for (const Case& row : cases) {
+  using enum zan::PromptEditor::Outcome;
+  expect_rows("screen/prompt", [](const Fields& row) {
     zan::PromptEditor line;
-    Outcome last = Outcome::going;
-    for (const int key : row.keys) last = line.type(key);
-    EXPECT_EQ(last, row.last) << row.answer;
-    EXPECT_EQ(line.answer(), row.answer);
-  }
+    auto last = going;
+    for (const int key : key_codes(row[0])) last = line.type(key);
+    const char* const ends = last == answered ? "answers" : last == refused ? "refuses" : "cancelled";
+    return (last == going ? "goes on" : ends) + (" \"" + line.answer() + "\"");
+  });
   zan::PromptEditor line;
-  for (int i = 0; i < 511; ++i) EXPECT_EQ(line.type('0' + i % 10), Outcome::going);
-  EXPECT_EQ(line.type('x'), Outcome::refused);
+  for (int i = 0; i < 511; ++i) EXPECT_EQ(line.type('0' + i % 10), going);
+  EXPECT_EQ(line.type('x'), refused);
   EXPECT_EQ(line.answer().size(), 511U);
   EXPECT_EQ(text_of(zan::prompt_row("Command: ", line.answer(), 20, width_of).runs), "2345678901234567890");
   const auto shown = [](std::string_view answer, int columns) {
@@ -190,4 +134,6 @@ TEST(Prompt, KeysMakeAnAnswer) {
             " bc|3")
       << "half a character";
   EXPECT_EQ(shown("abc", 1), "|0");
+  line.type(zan::kBackspace);
+  EXPECT_EQ(line.answer().size(), 510U);
 }

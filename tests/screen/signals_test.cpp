@@ -1,14 +1,13 @@
 #include <algorithm>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <gtest/gtest.h>
-#include <set>
 #include <sys/stat.h>
 
 #include "tests/promise.h"
 #include "tests/screen/terminal_driver.h"
+#include "tests/sessions/text_forms.h"
 
 // Signals, stops, new sizes and lost terminals, wherever the program waits for something.
 namespace {
@@ -21,6 +20,8 @@ std::string lines(int count, std::size_t length) {
   return text;
 }
 
+bool contains(const std::string& text, const char* part) { return text.find(part) != std::string::npos; }
+
 // Every place of a line of "a" nearly matches, and no byte of it tells that none does.
 std::string long_search() {
   std::string command = "FIND ";
@@ -30,102 +31,68 @@ std::string long_search() {
 
 // What a place is reached by: keys, and what is shown then.
 struct Step {
-  const char* keys;
-  const char* shown;
+  std::string keys, shown;
 };
 
-const Step kVisit{"CHANGE\n", "EDIT[MAIN]"};
-const Step kVisitToo{"CHANGE\n", "Nokeypad:"};
-const Step kNokeypad{"SET KEYPAD NOKEYPAD\n", "Keypad: NOKEYPAD"};
-const Step kQuestion{"SUBSTITUTE/two/2/ /QUERY\n", "[Y/N]:"};
-
-// A place where the program waits. Half of an input is typed before the event, the rest after it; when the
-// program goes on, `proof` is shown, unless one of the keys was lost.
+// A place where the program waits, a row of the table. Half of an input is typed before the event, the rest
+// after it; when the program goes on, `proof` is shown, unless one of the keys was lost.
 struct Place {
-  const char* name = "";
-  std::vector<Step> way = {};
-  Step half = {};
-  const char* rest = "";
-  const char* proof = "";
-  bool on_screen = true;
-  std::set<int> survives = {};    // signals that end the program elsewhere
-  std::string rescued = "(none)"; // the text that is modified here, if it is
+  std::string name;
+  bool on_screen = false;
+  std::vector<Step> way;
+  Step half;
+  std::string rest, proof;
+  std::string survives; // signals that end the program elsewhere
+  std::string rescued;  // the text that is modified here, if it is
   std::string text = "one\ntwo\nthree\n";
 
+  bool survives_signal(int signal) const {
+    return (signal == SIGINT && contains(survives, "INT")) ||
+           (signal == SIGQUIT && contains(survives, "QUIT"));
+  }
   std::size_t visits() const { // of the screen, so far
-    return static_cast<std::size_t>(
-        std::ranges::count(way, std::string_view(kVisit.keys), [](const Step& step) { return step.keys; }));
+    return static_cast<std::size_t>(std::ranges::count(way, "CHANGE\n", &Step::keys));
   }
 };
 
-Place on_screen(const char* name, Step there, Step half, const char* rest, const char* proof) {
-  return {.name = name, .way = {kVisit, there}, .half = half, .rest = rest, .proof = proof};
+std::vector<Step> way_of(std::string_view text) {
+  std::vector<Step> way;
+  const auto next = [&] {
+    const std::string part(text.substr(0, text.find(" > ")));
+    text.remove_prefix(std::min(text.size(), part.size() + 3));
+    return part;
+  };
+  while (!text.empty()) {
+    std::string keys = next();
+    way.push_back({std::move(keys), next()});
+  }
+  return way;
 }
 
-// The program waits for the prompt's, the screen's or a child's input.
-const std::vector<Place> kPlaces{
-    {.name = "prompt", .half = {"TY", "*TY"}, .rest = "PE 2\n", .proof = "2 two", .on_screen = false},
-    {.name = "prompt after a visit",
-     .way = {kVisit, {"{CTRL+Z}", "*CHANGE"}, {"TYPE 3\n", "3 three"}},
-     .half = {"TY", "*TY"},
-     .rest = "PE 2\n",
-     .proof = "2 two",
-     .on_screen = false},
-    {.name = "question",
-     .way = {kQuestion},
-     .half = {"y", "[Y/N]: y"},
-     .rest = "\nTYPE 3\n",
-     .proof = "3 three",
-     .on_screen = false,
-     .survives = {SIGINT}},
-    // Who waits for a child lets these two be the child's.
-    {.name = "print",
-     .way = {{"PRINT\n", "printing"}},
-     .half = {"TY", "TY"},
-     .rest = "PE 2\n",
-     .proof = "2 two",
-     .on_screen = false,
-     .survives = {SIGINT, SIGQUIT}},
-    // A narrow screen has scrolled to the side.
-    {.name = "screen",
-     .way = {kVisit},
-     .half = {"x", "xone"},
-     .rest = "y{CTRL+B}",
-     .proof = "xyone",
-     .rescued = "xone\ntwo\nthree\n"},
-    on_screen("command prompt", {"{GOLD}{KP7}", "Command:"}, {"FIND tw", ": FIND tw"}, "o\r", "Found: two"),
-    on_screen("search prompt", {"{GOLD}{PF3}", "Search for:"}, {"tw", ": tw"}, "o\r", "Found: two"),
-    on_screen("code prompt", {"{GOLD}{KP3}", "ASCII:"}, {"6", ": 6"}, "5\r", "Aone"),
-    on_screen("key to define", {"{CTRL+K}", "Press key"}, {"{GOLD}", "press key"}, "qTOP\r",
-              "defined: GOLD+Q"),
-    on_screen("definition", {"{CTRL+K}{GOLD}q", "Definition:"}, {"TO", ": TO"}, "P\r", "defined: GOLD+Q"),
-    on_screen("help page", {"{PF2}", "screen help"}, {"", ""}, "zx", "xone"),
-    {.name = "nokeypad",
-     .way = {kNokeypad, kVisitToo},
-     .half = {"Ix", ": Ix"},
-     .rest = "y\r",
-     .proof = "xyone"},
-};
+std::vector<Place> read_places() {
+  std::vector<Place> places;
+  for (const std::string& line : lines_of_file("screen/places.table")) {
+    const Fields row = bytes_of_row(line);
+    places.push_back(
+        {row[0], row[1] == "screen", way_of(row[2]), {row[3], row[4]}, row[5], row[6], row[7], row[8]});
+  }
+  return places;
+}
+
+const std::vector<Place> kPlaces = read_places();
 
 // Where the program is busy; it has modified a text.
 std::vector<Place> busy_places() {
-  const Step change{"SUBSTITUTE/one/1/\n", "1 1"};
+  const std::vector<Step> change{{"SUBSTITUTE/one/1/\n", "1 1"}};
   const std::string large = "one\ntwo\n" + lines(250, 20000);
   const std::string changed = std::string(large).replace(0, 3, "1");
-  static const std::string search = long_search();
-  std::vector<Place> places{
-      {.name = "inserted lines", .way = {change}, .half = {"BOTTOM\nINSERT\n!\n?\n", "__"}},
-      {.name = "output", .way = {change}, .half = {"TYPE WHOLE\n", "aaaa"}, .survives = {SIGINT}},
-      {.name = "search", .way = {change}, .half = {search.c_str(), "[b-d]"}, .survives = {SIGINT}},
+  // The inserted lines begin where the last line ends.
+  const std::string with_lines = changed.substr(0, changed.size() - 1) + "!\n?\n";
+  return {
+      {"inserted lines", false, change, {"BOTTOM\nINSERT\n!\n?\n", "__"}, "", "", "", with_lines, large},
+      {"output", false, change, {"TYPE WHOLE\n", "aaaa"}, "", "", "INT", changed, large},
+      {"search", false, change, {long_search(), "[b-d]"}, "", "", "INT", changed, large},
   };
-  for (Place& place : places) {
-    place.on_screen = false;
-    place.text = large;
-    place.rescued = changed;
-  }
-  places[0].rescued.pop_back(); // they begin where the last line ends
-  places[0].rescued += "!\n?\n";
-  return places;
 }
 
 enum class Happens { signal, stop, resize, hang_up, hang_up_under_nohup };
@@ -208,7 +175,7 @@ void expect_event_at(const Event& event, const Place& place) {
   options.ignores = event.happens == Happens::hang_up_under_nohup ? SIGHUP : 0;
   TerminalDriver terminal(options);
   go_to(terminal, place);
-  const bool goes_on = event.fate == Fate::goes_on || place.survives.contains(event.signal);
+  const bool goes_on = event.fate == Fate::goes_on || place.survives_signal(event.signal);
   terminal.type(place.half.keys);
   // What is not read by then is shown by line mode, and a stop throws it away.
   if (!goes_on || event.happens == Happens::stop) terminal.shows_text(place.half.shown);
@@ -256,13 +223,21 @@ INSTANTIATE_TEST_SUITE_P(All, Signals, testing::ValuesIn(kEvents),
 TEST(Signals, WhereTheProgramIsBusy) {
   for (const Place& place : busy_places())
     for (const Event& event : kEvents)
-      if (event.fate == Fate::ends && !place.survives.contains(event.signal)) expect_event_at(event, place);
+      if (event.fate == Fate::ends && !place.survives_signal(event.signal)) expect_event_at(event, place);
 }
 
 TEST(Signals, ACrashGivesTheTerminalBack) {
   const auto screen = std::ranges::find(kPlaces, std::string("screen"), &Place::name);
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL})
     expect_event_at({"crash", Happens::signal, signal, Fate::crashes}, *screen);
+}
+
+void interrupt_until(TerminalDriver& terminal, const std::string& sent) {
+  const auto is_sent = [&](const Shown&) {
+    kill(terminal.program(), SIGINT);
+    return terminal.times_sent(sent) == 1;
+  };
+  terminal.wait_until(is_sent, "  " + sent + "\n");
 }
 
 // A reader that has stopped reading.
@@ -277,12 +252,8 @@ TEST(Signals, EndAWriteThatNobodyReads) {
     ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
     terminal.type("INSERT x\nTYPE 1\nWRITE fifo\n");
     const int reader = open(fifo.c_str(), O_RDONLY); // waits for the writer
-    const auto aborted = [&](const Shown&) {
-      kill(terminal.program(), signal);
-      return terminal.times_sent("*Abort*") == 1;
-    };
     if (signal == SIGINT) {
-      terminal.wait_until(aborted, "  *Abort*\n");
+      interrupt_until(terminal, "*Abort*");
     } else {
       kill(terminal.program(), signal);
       EXPECT_EQ(terminal.exit_status(), 128 + signal);
@@ -296,45 +267,58 @@ TEST(Signals, EndAWriteThatNobodyReads) {
 // Commands that wait for somebody else, or read without end.
 constexpr const char* kEndless[] = {"INCLUDE fifo\n", "WRITE fifo\n", "NEXT\n", "INCLUDE /dev/zero\n"};
 
-TEST(Signals, OneEndsTheWaitForAnotherProgram) {
+// Waits for another program, in the file that is next, until `end` ends that.
+void end_every_wait(TerminalOptions options,
+                    const std::function<void(TerminalDriver&, const std::string&)>& end) {
+  options.arguments = {"fifo"};
   for (const char* command : kEndless) {
     SCOPED_TRACE(command);
-    TerminalOptions options;
-    options.arguments = {"fifo"};
     TerminalDriver terminal(options);
     ASSERT_EQ(mkfifo((terminal.home() / "fifo").c_str(), 0600), 0);
+    terminal.shows_text("1 one");
+    end(terminal, command);
+  }
+}
+
+TEST(Signals, OneEndsTheWaitForAnotherProgram) {
+  end_every_wait({}, [](TerminalDriver& terminal, const std::string& command) {
     terminal.type("INSERT x\nTYPE 1\n");
     terminal.wait_until([&](const Shown&) { return terminal.output().ends_with("1 xone\r\n*"); }, "  *\n");
     terminal.type(command);
-    terminal.shows_text("*" + std::string(command, std::strlen(command) - 1));
+    terminal.shows_text("*" + command.substr(0, command.size() - 1));
     kill(terminal.program(), SIGTERM);
     EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
     const bool saved = terminal.file() == "xone\ntwo\nthree\n";
     EXPECT_NE(saved, std::filesystem::exists(terminal.home() / "notes.txt.save"));
-  }
+  });
 }
 
 // The interrupt is ignored but where a command looks for it: so it may be sent before the command has begun.
 TEST(Interrupt, EndsTheWaitForAnotherProgram) {
-  for (const char* command : kEndless) {
-    SCOPED_TRACE(command);
-    TerminalOptions options;
-    options.arguments = {"fifo"};
-    options.ignores = SIGINT;
-    TerminalDriver terminal(options);
-    ASSERT_EQ(mkfifo((terminal.home() / "fifo").c_str(), 0600), 0);
-    terminal.shows_text("1 one");
+  end_every_wait({.ignores = SIGINT}, [](TerminalDriver& terminal, const std::string& command) {
     terminal.type(command);
-    const auto aborted = [&](const Shown&) {
-      kill(terminal.program(), SIGINT);
-      return terminal.times_sent("*Abort*") == 1;
-    };
-    terminal.wait_until(aborted, "  *Abort*\n");
+    interrupt_until(terminal, "*Abort*");
     terminal.type("TYPE 1\nSHOW FILES\nQUIT\n");
     terminal.shows_text("Files: *notes.txt fifo");
     EXPECT_EQ(terminal.times_sent("\n1 one"), 2U);
     EXPECT_EQ(terminal.exit_status(), 0);
-  }
+  });
+}
+
+// There Ctrl/C is a key, but not while a command waits for something else. Every one is handled as a key too.
+TEST(Interrupt, EndsTheWaitOnTheScreen) {
+  const TerminalOptions options{.startup = "DEFINE KEY CTRL C AS \"INSERT b\"\n"};
+  end_every_wait(options, [](TerminalDriver& terminal, const std::string& command) {
+    terminal.enter_screen();
+    terminal.type("{GOLD}{KP7}" + command.substr(0, command.size() - 1) + "\r");
+    const auto inserted = [&](const Shown& shown) {
+      terminal.type("{CTRL+C}");
+      return shown.row(0).starts_with("b");
+    };
+    terminal.wait_until(inserted, "  the b of Ctrl/C\n");
+    kill(terminal.program(), SIGTERM);
+    EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
+  });
 }
 
 // It is ignored but while a file is read.
@@ -345,36 +329,10 @@ TEST(Interrupt, EndsCommandFilesOnAllLevels) {
   zan::test::write_file(terminal.home() / "c", "SET COMMAND c\nSET COMMAND c\n");
   terminal.shows_text("1 one");
   terminal.type("SET COMMAND c/NOTYPE\n");
-  const auto ended = [&](const Shown&) {
-    kill(terminal.program(), SIGINT);
-    return terminal.output().ends_with("NOTYPE\r\n*");
-  };
-  terminal.wait_until(ended, "  *\n");
+  interrupt_until(terminal, "NOTYPE\r\n*");
   terminal.type("TYPE 2\nQUIT\n");
   EXPECT_EQ(terminal.exit_status(), 0);
   EXPECT_EQ(terminal.times_sent("\n2 two"), 1U);
-}
-
-// There Ctrl/C is a key, but not while a command waits for something else. Every one is handled as a key too.
-TEST(Interrupt, EndsTheWaitOnTheScreen) {
-  for (const std::string_view line : kEndless) {
-    const std::string command(line.substr(0, line.size() - 1));
-    SCOPED_TRACE(command);
-    TerminalOptions options;
-    options.arguments = {"fifo"};
-    options.startup = "DEFINE KEY CTRL C AS \"INSERT b\"\n";
-    TerminalDriver terminal(options);
-    ASSERT_EQ(mkfifo((terminal.home() / "fifo").c_str(), 0600), 0);
-    terminal.enter_screen();
-    terminal.type("{GOLD}{KP7}" + command + "\r");
-    const auto inserted = [&](const Shown& shown) {
-      terminal.type("{CTRL+C}");
-      return shown.row(0).starts_with("b");
-    };
-    terminal.wait_until(inserted, "  the b of Ctrl/C\n");
-    kill(terminal.program(), SIGTERM);
-    EXPECT_EQ(terminal.exit_status(), 128 + SIGTERM);
-  }
 }
 
 // A terminal whose other end nobody reads any more.

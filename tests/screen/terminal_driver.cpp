@@ -272,10 +272,6 @@ bool TerminalDriver::wait_until(const std::function<bool(const Shown&)>& wanted,
   return true;
 }
 
-bool TerminalDriver::shows(const Shown& wanted) {
-  return wait_until([&](const Shown& now) { return now == wanted; }, wanted.to_string());
-}
-
 bool TerminalDriver::shows_text(std::string_view text) {
   const auto holds = [&](const std::string& row) { return row.find(text) != std::string::npos; };
   return wait_until([&](const Shown& now) { return std::ranges::any_of(now.rows, holds); },

@@ -17,7 +17,6 @@ struct Shown {
   std::vector<std::string> rows;
   int cursor_row = 0;
   int cursor_column = 0;
-  bool operator==(const Shown&) const = default;
   std::string to_string() const;
   std::string row(int number) const { return rows.at(static_cast<std::size_t>(number)); }
 };
@@ -27,12 +26,12 @@ struct TerminalOptions {
   std::optional<std::string> term = "xterm-256color";
   int rows = 8;
   int columns = 64;
-  std::string startup;                // commands of the startup file
-  std::string spooler;                // the script "lpr"
-  std::vector<std::string> arguments; // behind the file's name
-  int ignores = 0;                    // a signal that is ignored, as SIGHUP is under nohup
-  bool job = false;                   // under a shell, which it can be stopped for
-  bool nonblocking = false;           // somebody has set the terminal not to wait
+  std::string startup = {};                // commands of the startup file
+  std::string spooler = {};                // the script "lpr"
+  std::vector<std::string> arguments = {}; // behind the file's name
+  int ignores = 0;                         // a signal that is ignored, as SIGHUP is under nohup
+  bool job = false;                        // under a shell, which it can be stopped for
+  bool nonblocking = false;                // somebody has set the terminal not to wait
   std::shared_ptr<zan::test::ScratchDirectory> home = nullptr; // with its files; none: a new one
 };
 
@@ -62,12 +61,10 @@ class TerminalDriver {
   bool has_its_modes() const;                           // those that the terminal had before the start
 
   // Waits until the picture is as wanted; false, after a report of both pictures, when it never is.
-  bool shows(const Shown& wanted);
-  // The same for some of it: `text` stands in some row.
-  bool shows_text(std::string_view text);
   bool wait_until(const std::function<bool(const Shown&)>& wanted, const std::string& description);
-  void pause(int milliseconds); // of somebody who does not type faster
-  int exit_status();            // waits for the end: the exit status, or 128 and the signal
+  bool shows_text(std::string_view text); // in some row
+  void pause(int milliseconds);           // of somebody who does not type faster
+  int exit_status();                      // waits for the end: the exit status, or 128 and the signal
   int exit_status_unread();
   double processor_seconds() const { return processor_seconds_; } // that the ended program used
 

@@ -2,7 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <sstream>
 #include <utility>
+
+#include "tests/sessions/text_forms.h"
 
 using zan::LineStore;
 using zan::Pattern;
@@ -27,30 +30,15 @@ std::optional<Position> forward(const LineStore& text, const Pattern& pattern, P
 } // namespace
 
 TEST(TextSearch, ConstraintsAndEdges) {
-  struct Row {
-    const char* text;
-    const char* pattern;
-    SearchConstraints wanted;
-    Position start;
-    std::optional<Position> found;
-  };
   const SearchConstraints begin{true, false, false, {}}, end{false, true, false, {}};
-  const Row rows[] = {
-      {"concatenate\na cat.", "cat", words(), {0, 0}, Position{1, 2}},
-      {"cat cat", "cat", begin, {0, 1}, std::nullopt},
-      {"cat cat", "cat", end, {0, 0}, Position{0, 4}},
-      {"baa", "a*", end, {0, 0}, Position{0, 2}},
-      {"abc\nab", "*", words(), {0, 0}, std::nullopt},
-      {"ab\ncd", "$", {}, {0, 3}, Position{1, 2}},
-      {"ab\nab", "^", {}, {0, 1}, Position{1, 0}},
-      {"ab\nab", "ab", {}, {0, 9}, Position{1, 0}},
-      {"ab", "", {}, {0, 0}, std::nullopt},
-      {"ab", "a", {}, {5, 0}, std::nullopt},
-  };
-  for (const Row& row : rows)
-    EXPECT_EQ(forward(LineStore::from_text(row.text), Pattern(row.pattern, true), row.start, row.wanted),
-              row.found)
-        << row.pattern << " in " << row.text;
+  expect_rows("search/text_search", [&](const Fields& row) -> std::string {
+    const SearchConstraints wanted =
+        row[2] == "word" ? words() : SearchConstraints{row[2] == "begin", row[2] == "end", false, {}};
+    Position start;
+    std::istringstream(row[3]) >> start.row >> start.col;
+    const auto found = forward(LineStore::from_text(row[0]), Pattern(row[1], true), start, wanted);
+    return found ? std::to_string(found->row) + " " + std::to_string(found->col) : "none";
+  });
   const LineStore text = LineStore::from_text("xab");
   EXPECT_FALSE(zan::search_backward(text, Pattern("a%", true), {0, 3}, words(), kRunning));
   const LineStore broken = LineStore::from_line("a\nb");

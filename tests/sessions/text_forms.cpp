@@ -4,8 +4,24 @@
 #include <cctype>
 #include <filesystem>
 #include <fstream>
+#include <gtest/gtest.h>
 #include <map>
 #include <stdexcept>
+
+namespace {
+
+// Quotes are bytes like any other.
+std::string unescape_all(std::string_view text) {
+  std::size_t used = 0;
+  const std::string bytes = unescape(text, &used);
+  return used == text.size() ? bytes : bytes + '"' + unescape_all(text.substr(used + 1));
+}
+
+std::string bytes_of_field(const std::string& field) {
+  return field.starts_with('"') ? unescape(std::string_view(field).substr(1)) : unescape_all(field);
+}
+
+} // namespace
 
 std::string unescape(std::string_view text, std::size_t* used) {
   static const std::map<char, char> kEscapes{
@@ -62,6 +78,21 @@ std::vector<std::string> split_fields(const std::string& row) {
     fields.push_back(field.substr(first, field.find_last_not_of(' ') + 1 - first));
   }
   return fields;
+}
+
+Fields bytes_of_row(const std::string& row) {
+  Fields fields = split_fields(row);
+  for (std::string& field : fields) field = bytes_of_field(field);
+  return fields;
+}
+
+void expect_rows(const std::string& table, const std::function<std::string(const Fields&)>& answer) {
+  for (const std::string& row : lines_of_file(table + ".table")) {
+    Fields fields = bytes_of_row(row);
+    const std::string wanted = fields.back();
+    fields.pop_back();
+    EXPECT_EQ(answer(fields), wanted) << table << ".table: " << row;
+  }
 }
 
 std::pair<std::string, std::string> split_word(const std::string& text) {

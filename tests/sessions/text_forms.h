@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -21,6 +22,15 @@ std::vector<std::string> lines_of_file(const std::string& name);
 
 // What stands between the bars of a row of a table, without the blanks around it.
 std::vector<std::string> split_fields(const std::string& row);
+
+// The bytes that the fields stand for, by their escapes. A field in double quotes keeps the blanks at its
+// ends, and may be empty.
+using Fields = std::vector<std::string>;
+Fields bytes_of_row(const std::string& row);
+
+// Holds the rows of a table in tests, such as "command/fill": the last field is what `answer` makes of the
+// others.
+void expect_rows(const std::string& table, const std::function<std::string(const Fields&)>& answer);
 
 // A test that is written as text: after a line "== " and its name, lines up to the next one.
 struct Transcript {

@@ -18,46 +18,32 @@ SAMPLES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "
 PATIENCE = 60  # seconds
 TEXT = "".join(f"alpha beta, Gamma {number}\n" for number in range(1, 41))
 
-GOLD = b"\033OP"
-RIGHT = b"\033OC"
-KP = {name: b"\033O" + code for name, code in zip("0123456789-,.", (bytes([c]) for c in b"pqrstuvwxymln"))}
-ENTER = b"\033OM"
-CUT_A_WORD = KP["."] + KP["1"] + KP["6"]
-
-# letter after GOLD, the pad's keys, keys before both
-LETTERS = [
-    ("A", KP["4"], KP["1"] + KP["5"]),
-    ("B", KP["5"], KP["1"]),
-    ("C", KP["3"], b""),
-    ("W", KP["1"], b""),
-    ("L", KP["0"], RIGHT),
-    ("E", KP["2"], RIGHT),
-    ("G", KP["7"], RIGHT),
-    ("J", KP["8"], KP["0"]),
-    ("T", GOLD + KP["5"], KP["8"]),
-    ("Z", GOLD + KP["4"], b""),
-    ("S", KP["."], RIGHT),
-    ("X", KP["6"], KP["."] + KP["1"]),
-    ("V", GOLD + KP["6"], CUT_A_WORD),
-    ("P", KP["9"], CUT_A_WORD + KP["."] + RIGHT),
-    ("R", GOLD + KP["9"], CUT_A_WORD + KP["."] + KP["1"]),
-    ("Y", GOLD + KP["."], KP["."] + KP["1"]),
-    ("H", KP[","], RIGHT),
-    ("O", GOLD + KP[","], KP[","] + KP["0"]),
-    ("I", KP["-"], RIGHT),
-    ("U", GOLD + KP["-"], KP["-"] + KP["0"]),
-    ("D", GOLD + KP["2"], KP["1"]),
-    ("F", GOLD + KP["8"], KP["."] + KP["0"] * 3),
-    ("K", GOLD + KP["1"], b""),
-    ("M", GOLD + ENTER, CUT_A_WORD + GOLD + b"\033ORbeta\r" + b"\033OR"),
-]
-# What the keys have done is read off the text: marks at the cursor and a step on, and what is selected or was cut.
-AFTER = b"@" + KP["1"] + b"<" + KP["6"] + b">" + GOLD + KP["6"]
-
 
 def read_text(path):
     with open(path, encoding="utf-8") as file:
         return file.read()
+
+
+KEYS = {"GOLD": "\033OP", "PF3": "\033OR", "RIGHT": "\033OC", "KPENTER": "\033OM",
+        **{f"KP{name}": f"\033O{code}" for name, code in zip("0123456789-,.", "pqrstuvwxymln")}}
+
+
+def typed(keys):
+    """The bytes of keys by their names."""
+    return re.sub(r"\{(.+?)\}", lambda key: KEYS[key.group(1)], keys).replace("\\r", "\r").encode()
+
+
+def read_letters():
+    """Letter after GOLD, the pad's keys, keys before both."""
+    rows = read_text(os.path.join(os.path.dirname(os.path.abspath(__file__)), "letters.table")).splitlines()
+    fields = [[field.strip() for field in row.split("|")] for row in rows if not row.startswith("#")]
+    return [(letter, typed(pad), typed(before)) for letter, pad, before in fields]
+
+
+LETTERS = read_letters()
+GOLD = typed("{GOLD}")
+# What the keys have done is read off the text: marks at the cursor and a step on, and what is selected or was cut.
+AFTER = typed("@{KP1}<{KP6}>{GOLD}{KP6}")
 
 
 def run(zan, folder, *arguments, commands=""):
@@ -78,13 +64,13 @@ def edited(zan, keys):
                                          "ZAN_INI": os.path.join(SAMPLES, "laptop.ini")})
         # What is waited for, and what is typed then.
         steps = [(b"\n*", b"CHANGE\r"), (b"EDIT[", keys + b"\032"), (b"\033>*", b"EXIT\r"), (b" lines", b"")]
-        for sight, typed in steps:
+        for sight, then in steps:
             seen, until = b"", time.monotonic() + PATIENCE
             while sight not in seen:
                 if not select.select([master], [], [], max(0, until - time.monotonic()))[0]:
                     sys.exit(f"{keys!r}: no {sight!r} after {seen!r}")
                 seen += os.read(master, 65536)
-            os.write(master, typed)
+            os.write(master, then)
         os.waitpid(child, 0)
         os.close(master)
         return read_text(path)
@@ -103,10 +89,10 @@ def check_no_refusal(zan, sample):
 
 def check_all_have_letters():
     """Every function of the keyboard's table that a command can do has a letter."""
-    others = [ENTER, GOLD + KP["0"], GOLD + KP["3"], GOLD + KP["7"]]
-    names = {"Minus": "-", "Comma": ",", "Period": "."}
+    others = [typed(keys) for keys in ("{KPENTER}", "{GOLD}{KP0}", "{GOLD}{KP3}", "{GOLD}{KP7}")]
+    names = {"Minus": "-", "Comma": ",", "Period": ".", "Enter": "ENTER"}
     rows = re.findall(r"\{zan::kKp(\w+), ", read_text(os.path.join(SAMPLES, "..", "..", "screen", "members", "keyboard.cpp")))
-    pad = [ENTER if name == "Enter" else KP[names.get(name, name)] for name in rows]
+    pad = [typed(f"{{KP{names.get(name, name)}}}") for name in rows]
     covered = [keys for _, keys, _ in LETTERS] + others
     if sorted(covered) != sorted(pad + [GOLD + key for key in pad]):
         sys.exit("the letters are not the keypad's functions")

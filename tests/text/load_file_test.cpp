@@ -5,6 +5,7 @@
 #include <thread>
 
 #include "tests/files/scratch_directory.h"
+#include "tests/sessions/text_forms.h"
 
 namespace zan {
 namespace {
@@ -23,35 +24,14 @@ std::string without_line_ends(const std::string& bytes) {
 
 TEST(LoadFile, SplitsIntoLines) {
   const ScratchDirectory dir;
-  const struct {
-    std::string bytes, text;
-    bool final_newline;
-  } kCases[] = {
-      {"", "", true},
-      {"\n", "", true},
-      {"\n\n", "\n", true},
-      {"a\nb\n", "a\nb", true},
-      {"a\nb", "a\nb", false},
-      {"a\r\nb\r\n", "a\nb", true},
-      {"a\r\nb\r", "a\nb", false},
-      {"x\r\r\n", "x\r", true},
-      {"x\r\r", "x\r", false},
-      {"\r", "", false},
-      {"\r\n", "", true},
-      {"\r\r\n\r", "\r\n", false},
-      {"a\rb\n\rc", "a\rb\n\rc", false},
-      {std::string("\0\xff\n\0", 4), std::string("\0\xff\n\0", 4), false},
-  };
-  for (const auto& row : kCases) {
-    SCOPED_TRACE(testing::PrintToString(row.bytes));
-    write_file(dir / "text", row.bytes);
-    const auto loaded = load_file(dir / "text");
-    ASSERT_TRUE(loaded);
-    EXPECT_EQ(loaded->lines.to_string(), row.text);
-    EXPECT_EQ(loaded->final_newline, row.final_newline);
-    EXPECT_EQ(loaded->lines.may_hold_returns(), row.text.find('\r') != std::string::npos);
-    EXPECT_EQ(read_whole_file(dir / "text"), row.bytes);
-  }
+  expect_rows("text/load_file", [&](const Fields& row) {
+    write_file(dir / "text", row[0]);
+    EXPECT_EQ(read_whole_file(dir / "text"), row[0]);
+    const auto loaded = load_file(dir / "text").value_or(LoadedText());
+    const std::string text = loaded.lines.to_string();
+    EXPECT_EQ(loaded.lines.may_hold_returns(), text.find('\r') != std::string::npos) << row[0];
+    return text + (loaded.final_newline ? ", ended" : ", not ended");
+  });
 }
 
 // Line ends across the borders of reads, 256 KiB of a file and 64 KiB of a pipe, for every place in CR CR LF.
