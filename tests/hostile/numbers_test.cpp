@@ -6,7 +6,8 @@
 namespace {
 
 const std::vector<std::string> kNumbers = lines_of_file("hostile/numbers.txt");
-const std::string kText = "one\talpha\n\ttwo a a\n\nfour " + std::string(100, 'a') + "\nfive six seven\n";
+const std::string kFiveLines =
+    "one\talpha\n\ttwo a a\n\nfour " + std::string(100, 'a') + "\nfive six seven\n";
 
 // Files larger than this are refused by the system.
 constexpr std::string_view kSmallFiles = "ulimit -f 2000";
@@ -24,7 +25,7 @@ TEST(Hostile, NumbersOfEverySize) {
       if (turn++ % stride != 0) continue;
       const std::string commands = replaced(unescape(place), "#", number) + "\nQUIT\n";
       box.clear();
-      box.write("a.txt", kText);
+      box.write("a.txt", kFiveLines);
       expect_answer(promise, box.run({"a.txt"}, commands, std::string(kSmallFiles)), commands);
     }
   }
@@ -36,7 +37,7 @@ TEST(Hostile, TwoBillion) {
   for (const std::string& row : lines_of_file("hostile/two_billion.txt")) {
     const std::string commands = unescape(row);
     box.clear();
-    box.write("a.txt", kText);
+    box.write("a.txt", kFiveLines);
     expect_answer(promise,
                   box.run({"a.txt"}, commands + "\n", std::string(kSmallFiles) + "; " + limited_memory()),
                   commands);
