@@ -10,11 +10,14 @@
 // What tests share that run many cases of one promise; scripts/promises counts them for docs/promises.md.
 namespace zan::test {
 
-// With ZAN_PROMISES=full in the environment all cases are run, otherwise a part, chosen evenly.
-inline bool long_form() {
-  const char* form = std::getenv("ZAN_PROMISES");
-  return form != nullptr && std::string_view(form) == "full";
+// With ZAN_PROMISES=full in the environment all cases are run, otherwise a part, chosen evenly: one in so
+// many. With ZAN_PROMISES=few, where each takes long, it is a quarter of that part.
+inline bool has_form(std::string_view form) {
+  const char* wanted = std::getenv("ZAN_PROMISES");
+  return wanted != nullptr && form == wanted;
 }
+inline bool long_form() { return has_form("full"); }
+inline long one_in(long cases) { return long_form() ? 1 : has_form("few") ? 4 * cases : cases; }
 
 // The rows of the table, from 1.
 enum class Promised {

@@ -109,7 +109,7 @@ TEST_P(MemoryOf, EveryAllocationFails) {
   // A sanitizer has an allocator of its own.
   if (!session.run(std::to_string(kAfterStart), promise))
     GTEST_SKIP() << "allocations cannot be made to fail";
-  const long stride = long_form() ? 1 : kAllocationStride;
+  const long stride = one_in(kAllocationStride);
   auto turn = static_cast<long>(2 * GetParam()); // so that the sessions do not all fail at the same places
   for (const char* all : {"", "+"}) {
     for (long i = kAfterStart + 1 + turn++ % stride; session.run(std::to_string(i) + all, promise);

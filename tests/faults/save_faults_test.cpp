@@ -220,7 +220,7 @@ void run_all(const Save& save, Promised row, const std::vector<std::string>& way
     if (!long_form() && is_version_probe(calls[i])) continue;
     for (const std::string& how : ways) {
       const bool always = long_form() || reserves_room(calls[i]);
-      if (!applies(how, calls[i]) || (!always && turn++ % stride != 0)) continue;
+      if (!applies(how, calls[i]) || (!always && turn++ % one_in(stride) != 0)) continue;
       const Fault fault{how, static_cast<long>(i) + 1};
       const Stage stage;
       set_up(save, stage);
