@@ -6,7 +6,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
-#include <poll.h>
 #include <string>
 #include <string_view>
 #include <sys/ioctl.h>
@@ -26,6 +25,7 @@
 #include "screen/keys.h"
 #include "screen/output_locale.h"
 #include "screen/prompt_editor.h"
+#include "screen/screen_signals.h"
 #include "screen/terminal_description.h"
 
 bool g_curses_active = false;
@@ -34,6 +34,7 @@ namespace zan {
 
 namespace {
 
+constexpr std::string_view kNumericKeypad = "\033>";
 constexpr int kEscapeDelay = 25; // milliseconds within which the next byte of an escape sequence comes
 // A repetition that takes longer checks type-ahead for Ctrl/C at this interval.
 constexpr std::chrono::milliseconds kLongRepetition{100};
@@ -50,112 +51,12 @@ constexpr std::array kSignalCharacters{
 #endif
 };
 
-void wake_up(int) {}         // interrupts the wait for a key, which then checks the terminal's size
-void note_continuation(int); // defined below
-
-void set_handler(int signal, void (*handler)(int), int flags = 0) {
-  struct sigaction action {};
-  action.sa_handler = handler;
-  action.sa_flags = flags;
-  sigemptyset(&action.sa_mask);
-  sigaction(signal, &action, nullptr);
-}
-
 std::string_view capability(const char* name) {
   const char* text = tigetstr(const_cast<char*>(name)); // some libraries declare it without const
   // ncurses returns the address -1 for "no such capability".
   // NOLINTNEXTLINE(performance-no-int-to-ptr)
   return text == nullptr || text == reinterpret_cast<const char*>(-1) ? std::string_view() : text;
 }
-
-// Restores the terminal when the program crashes on the screen. All data is prepared in advance, because a
-// signal handler must not call ncurses.
-class CrashExit {
- public:
-  constexpr CrashExit() = default;
-
-  void remember_modes() {
-    has_modes_ = tcgetattr(STDOUT_FILENO, &modes_) == 0;
-    // After a stack overflow the handler needs a stack of its own.
-    stack_t stack{};
-    if (sigaltstack(nullptr, &stack) != 0 || (stack.ss_flags & SS_DISABLE) == 0) return;
-    stack.ss_sp = stack_.data();
-    stack.ss_size = stack_.size();
-    stack.ss_flags = 0;
-    sigaltstack(&stack, nullptr);
-  }
-
-  void forget_sequences() { size_ = 0; }
-  // Leaves out padding such as "$<5>", which only ncurses understands.
-  void add(std::string_view sequence) {
-    for (std::size_t wait = 0; (wait = sequence.find("$<")) != std::string_view::npos;) {
-      add(sequence.substr(0, wait));
-      sequence.remove_prefix(std::min(sequence.size(), sequence.find('>', wait)));
-      if (!sequence.empty()) sequence.remove_prefix(1);
-    }
-    const std::string_view fitting = sequence.substr(0, sequences_.size() - size_);
-    std::ranges::copy(fitting, sequences_.data() + size_);
-    size_ += fitting.size();
-  }
-
-  // Async-signal-safe; neither blocks when nobody reads the terminal.
-  void restore_modes() const {
-    if (has_modes_) tcsetattr(STDOUT_FILENO, TCSANOW, &modes_);
-  }
-  void restore_terminal() const {
-    restore_modes();
-    pollfd output{STDOUT_FILENO, POLLOUT, 0};
-    if (poll(&output, 1, 0) <= 0) return;
-    [[maybe_unused]] const ssize_t count = ::write(STDOUT_FILENO, sequences_.data(), size_);
-  }
-
- private:
-  bool has_modes_ = false;
-  termios modes_{}; // as they were before the screen started
-  std::size_t size_ = 0;
-  std::array<char, 256> sequences_{}; // escape sequences that leave the screen
-  std::array<char, 64 * 1024> stack_{};
-};
-
-CrashExit& crash_exit() {
-  static constinit CrashExit the_exit;
-  return the_exit;
-}
-
-void restore_and_crash(int signal) {
-  crash_exit().restore_terminal();
-  std::raise(signal); // SA_RESETHAND has restored the default action, which follows when this returns
-}
-
-// Swaps signal dispositions when the screen is entered and left. ncurses installs a handler for SIGTSTP once
-// and never removes it, so both dispositions are kept. It leaves SIGWINCH alone because a handler is there
-// first. A crash handler that somebody else has installed, as sanitizers do, stays.
-class ScreenSignals {
- public:
-  void install() {
-    crash_exit().remember_modes();
-    for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], nullptr, &outside_[i]);
-    set_handler(SIGWINCH, wake_up);
-    set_handler(SIGCONT, note_continuation);
-    for (std::size_t i = kFirstCrash; i < kSignals.size(); ++i) {
-      if (outside_[i].sa_handler != SIG_DFL) continue;
-      set_handler(kSignals[i], restore_and_crash, SA_ONSTACK | static_cast<int>(SA_RESETHAND));
-    }
-  }
-  void install_ncurses_stop() const {
-    if (ncurses_stop_) sigaction(SIGTSTP, &*ncurses_stop_, nullptr);
-  }
-  void restore() {
-    sigaction(SIGTSTP, nullptr, &ncurses_stop_.emplace());
-    for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &outside_[i], nullptr);
-  }
-
- private:
-  static constexpr std::array kSignals{SIGTSTP, SIGWINCH, SIGCONT, SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL};
-  static constexpr std::size_t kFirstCrash = 3;
-  std::array<struct sigaction, kSignals.size()> outside_{};
-  std::optional<struct sigaction> ncurses_stop_; // for SIGTSTP; nothing before ncurses has been started
-};
 
 // The state of the terminal's one owner. ncurses is started once for each value of TERM, then suspended and
 // resumed, because each start would cost memory that is never freed.
@@ -166,10 +67,9 @@ struct Screen {
   bool sends_numeric_mode = true; // by itself, because ncurses does not send ESC ">"
   ScreenSignals signals;
   KeyDecoder keys;
-  std::optional<termios> modes_for_keys;    // while Ctrl/C is a signal
-  bool interrupted = false;                 // Ctrl/C has been typed during the repetition
-  Clock::time_point next_check;             // for that
-  volatile std::sig_atomic_t continued = 0; // SIGCONT has come
+  std::optional<termios> modes_for_keys; // while Ctrl/C is a signal
+  bool interrupted = false;              // Ctrl/C has been typed during the repetition
+  Clock::time_point next_check;          // for that
   std::uint64_t keys_asked_for = 0;
   std::uint64_t bells = 0;
 };
@@ -178,8 +78,6 @@ Screen& screen() {
   static Screen the_screen;
   return the_screen;
 }
-
-void note_continuation(int) { screen().continued = 1; }
 
 void set_modes() {
   raw();
@@ -271,10 +169,9 @@ bool start_ncurses() {
   suspend_unseen();
   set_modes();
   repair_key_sequences();
-  state.sends_numeric_mode = capability("rmkx").find("\033>") == std::string_view::npos;
-  crash_exit().forget_sequences();
-  for (const char* name : {"sgr0", "rmcup", "rmkx"}) crash_exit().add(capability(name));
-  if (state.sends_numeric_mode) crash_exit().add("\033>");
+  state.sends_numeric_mode = capability("rmkx").find(kNumericKeypad) == std::string_view::npos;
+  crash_exit().set_sequences({capability("sgr0"), capability("rmcup"), capability("rmkx"),
+                              state.sends_numeric_mode ? kNumericKeypad : ""});
   blank_window();
   adopt_size();
   return true;
@@ -331,7 +228,7 @@ std::optional<int> wait_for_key() {
     if (const auto key = take_key(false)) return key;
   const HeldSignals held{SIGCONT, SIGWINCH}; // so that none arrives between these tests and the wait
   while (!screen_input_ended()) {
-    if (std::exchange(screen().continued, 0) != 0) keypad(stdscr, TRUE); // ncurses does not turn it on again
+    if (screen().signals.take_continuation()) keypad(stdscr, TRUE); // ncurses does not turn it on again
     if (standard_input().unread().empty() && adopt_size()) return KEY_RESIZE;
     const bool more = wait_for_bytes(held.mask_before());
     if (const auto key = take_key(!more)) return key;
@@ -457,7 +354,7 @@ void zan_safe_endwin() {
   // Without an alternate screen, line mode goes on in the lowest row.
   if (zan::capability("rmcup").empty()) zan::show_bottom_row({}, 0);
   endwin();
-  if (zan::screen().sends_numeric_mode) zan::write_fully(STDOUT_FILENO, "\033>");
+  if (zan::screen().sends_numeric_mode) zan::write_fully(STDOUT_FILENO, zan::kNumericKeypad);
   if (zan::output_is_cut_off()) { // some or all of that went to /dev/null
     zan::reconnect_output();
     zan::crash_exit().restore_terminal();
