@@ -327,6 +327,7 @@ class Editor : public EditorState {
   void undelete_word();
   void paste_text(const Text& text);
   void paste();
+  void insert_exactly(std::string_view pasted); // what the terminal sent, as one undo unit
   void start_select();
   void clear_select();
   void select_error(const std::string& message);

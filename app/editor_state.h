@@ -164,8 +164,9 @@ struct EditorState {
   std::string keypad = "ZAN"; // ZAN, NOKEYPAD, WPS, PC
   int screen_lines = 0;       // 0: the terminal's height
   std::string paragraph = "NOWPS";
-  int screen_width = 0; // 0: the terminal's width
-  bool summary = true;  // EXIT prints path and line count
+  std::string pasting = "KEYS"; // EXACT: a paste at the terminal is text, whatever its bytes would be as keys
+  int screen_width = 0;         // 0: the terminal's width
+  bool summary = true;          // EXIT prints path and line count
   std::string terminal = "vt100";
   std::string text_formfeed = "^L"; // shown for a form feed
   std::string text_end = "[EOB]";

@@ -75,6 +75,8 @@ constexpr auto kSpareKeys = std::to_array<Sequence>({
     {"\033[200~", kIgnored}, {"\033[201~", kIgnored}, {"\033[[E", kIgnored},
 });
 
+constexpr const char* kPasteBegin = "\033[200~"; // one of them
+
 void bind(const char* bytes, int key) { define_key(bytes, key); }
 
 void bind_spare(const char* bytes, int key) {
@@ -180,6 +182,11 @@ void register_key_sequences(bool pc_keypad) {
   for (const auto& [bytes, key] : kKeypad) bind(bytes, key);
   if (!pc_keypad) return;
   for (const auto& [bytes, key] : kPcKeypad) bind(bytes, key);
+}
+
+void bind_paste(bool exact) {
+  const int meaning = key_defined(kPasteBegin);
+  if (meaning == kIgnored || meaning == kPasted) bind(kPasteBegin, exact ? kPasted : kIgnored);
 }
 
 SequenceMeaning key_meaning(std::string_view sequence) {

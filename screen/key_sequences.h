@@ -11,6 +11,10 @@ namespace zan {
 void repair_key_sequences();
 void register_key_sequences(bool pc_keypad);
 
+// Says whether the sequence that begins a marked paste is kPasted or has no function, as it has at first.
+void bind_paste(bool exact);
+inline constexpr std::string_view kPasteEnd = "\033[201~";
+
 // What ncurses has been taught, or kIgnored for a key without a function.
 SequenceMeaning key_meaning(std::string_view sequence);
 

@@ -53,7 +53,9 @@ inline constexpr int kKpMinus = 522;
 inline constexpr int kKpComma = 523;
 inline constexpr int kKpPeriod = 524;
 inline constexpr int kKpEnter = 525;
-inline constexpr int kIgnored = 4000; // above every code of ncurses: a recognised sequence without a function
+// Above every code of ncurses.
+inline constexpr int kIgnored = 4000; // a recognised sequence without a function
+inline constexpr int kPasted = 4001;  // a whole paste, whose text take_pasted() returns
 
 constexpr bool is_printable(int key) { return key >= 32 && key <= 126; }
 

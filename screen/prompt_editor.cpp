@@ -1,7 +1,10 @@
 #include "screen/prompt_editor.h"
 
+#include <algorithm>
+
 #include "screen/keys.h"
 #include "screen/picture.h"
+#include "text/bytes.h"
 
 namespace zan {
 
@@ -36,6 +39,15 @@ PromptEditor::Outcome PromptEditor::type(int key) {
   if (key < 0 || key > 255 || answer_.size() >= kLongestAnswer) return Outcome::refused;
   answer_ += static_cast<char>(static_cast<unsigned char>(key));
   return Outcome::going;
+}
+
+PromptEditor::Outcome PromptEditor::paste(std::string_view pasted) {
+  std::string text = with_line_feeds(pasted);
+  text.resize(text.find_last_not_of('\n') + 1);
+  std::ranges::replace(text, '\n', ' ');
+  const bool fits = text.size() <= kLongestAnswer - answer_.size();
+  answer_.append(text, 0, kLongestAnswer - answer_.size());
+  return fits ? Outcome::going : Outcome::refused;
 }
 
 // All bytes of a UTF-8 character.

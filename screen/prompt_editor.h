@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 namespace zan {
 
@@ -14,6 +15,8 @@ class PromptEditor {
   // Keys that ends_answer names end the answer, Ctrl/C cancels it, DELETE and Ctrl/U edit it. Every other
   // byte is appended, control bytes included. Refused: a key that is no byte, and a byte too many.
   Outcome type(int key);
+  // Appends what fits of a paste; line ends inside become blanks, those at its end are left out.
+  Outcome paste(std::string_view pasted);
   const std::string& answer() const { return answer_; }
 
  private:

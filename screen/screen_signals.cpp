@@ -19,6 +19,35 @@ void restore_and_crash(int signal) {
   std::raise(signal); // SA_RESETHAND has restored the default action, which follows when this returns
 }
 
+// Bytes that a signal handler may send.
+class Sequence {
+ public:
+  void set(std::string_view bytes) {
+    size_ = 0;
+    const std::string_view fitting = bytes.substr(0, bytes_.size());
+    std::ranges::copy(fitting, bytes_.data());
+    size_ = static_cast<std::sig_atomic_t>(fitting.size());
+  }
+  void send() const {
+    [[maybe_unused]] const ssize_t count =
+        ::write(STDOUT_FILENO, bytes_.data(), static_cast<std::size_t>(size_));
+  }
+
+ private:
+  std::array<char, 32> bytes_{};
+  volatile std::sig_atomic_t size_ = 0;
+};
+
+Sequence g_before_stop;
+Sequence g_after_stop;
+void (*g_ncurses_stop)(int) = nullptr;
+
+void stop(int signal) {
+  g_before_stop.send();
+  g_ncurses_stop(signal); // returns when the program goes on
+  g_after_stop.send();
+}
+
 void set_handler(int signal, void (*handler)(int), int flags = 0) {
   struct sigaction action {};
   action.sa_handler = handler;
@@ -84,12 +113,25 @@ void ScreenSignals::install() {
   }
 }
 
+void ScreenSignals::adopt_ncurses_stop() {
+  struct sigaction action {};
+  sigaction(SIGTSTP, nullptr, &action);
+  if (action.sa_handler == SIG_DFL || action.sa_handler == SIG_IGN || action.sa_handler == stop) return;
+  g_ncurses_stop = std::exchange(action.sa_handler, stop);
+  ncurses_stop_ = action;
+  install_ncurses_stop();
+}
+
+void ScreenSignals::set_stop_sequences(std::string_view before, std::string_view after) {
+  g_before_stop.set(before);
+  g_after_stop.set(after);
+}
+
 void ScreenSignals::install_ncurses_stop() const {
   if (ncurses_stop_) sigaction(SIGTSTP, &*ncurses_stop_, nullptr);
 }
 
 void ScreenSignals::restore() {
-  sigaction(SIGTSTP, nullptr, &ncurses_stop_.emplace());
   for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &outside_[i], nullptr);
 }
 

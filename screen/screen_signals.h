@@ -41,8 +41,11 @@ CrashExit& crash_exit();
 class ScreenSignals {
  public:
   void install();
+  void adopt_ncurses_stop(); // once ncurses has been started
   void install_ncurses_stop() const;
   void restore();
+  // What is sent, besides what ncurses sends, before the program stops and when it goes on; short.
+  static void set_stop_sequences(std::string_view before, std::string_view after);
   bool take_continuation(); // SIGCONT has come since the last call
 
  private:

@@ -35,7 +35,9 @@ namespace zan {
 namespace {
 
 constexpr std::string_view kNumericKeypad = "\033>";
-constexpr int kEscapeDelay = 25; // milliseconds within which the next byte of an escape sequence comes
+constexpr int kEscapeDelay = 25;    // milliseconds within which the next byte of an escape sequence comes
+constexpr int kPasteSilence = 1000; // milliseconds
+constexpr char kInterrupt = kCtrlC;
 // A repetition that takes longer checks type-ahead for Ctrl/C at this interval.
 constexpr std::chrono::milliseconds kLongRepetition{100};
 constexpr std::chrono::milliseconds kBetweenChecks{20};
@@ -70,6 +72,9 @@ struct Screen {
   std::optional<termios> modes_for_keys; // while Ctrl/C is a signal
   bool interrupted = false;              // Ctrl/C has been typed during the repetition
   Clock::time_point next_check;          // for that
+  bool wants_exact_paste = false;
+  bool marks_pastes = false; // the terminal does
+  std::string pasted;
   std::uint64_t keys_asked_for = 0;
   std::uint64_t bells = 0;
 };
@@ -137,6 +142,21 @@ bool adopt_size() {
   return true;
 }
 
+void prepare_crash_exit() {
+  const Screen& state = screen();
+  crash_exit().set_sequences({capability("sgr0"), capability("rmcup"), capability("rmkx"),
+                              state.sends_numeric_mode ? kNumericKeypad : "",
+                              state.marks_pastes ? capability("BD") : ""});
+}
+
+// ncurses knows the capabilities, but does not use them.
+void mark_pastes(bool on) {
+  screen().marks_pastes = on;
+  write_fully(STDOUT_FILENO, capability(on ? "BE" : "BD"));
+  ScreenSignals::set_stop_sequences(on ? capability("BD") : "", on ? capability("BE") : "");
+  bind_paste(on);
+}
+
 // False when ncurses cannot drive the terminal that TERM names.
 bool start_screen() {
   Screen& state = screen();
@@ -165,13 +185,13 @@ bool start_ncurses() {
     state.signals.restore();
     return false;
   }
+  state.signals.adopt_ncurses_stop();
   state.terminal = terminal_name();
   suspend_unseen();
   set_modes();
   repair_key_sequences();
   state.sends_numeric_mode = capability("rmkx").find(kNumericKeypad) == std::string_view::npos;
-  crash_exit().set_sequences({capability("sgr0"), capability("rmcup"), capability("rmkx"),
-                              state.sends_numeric_mode ? kNumericKeypad : ""});
+  prepare_crash_exit();
   blank_window();
   adopt_size();
   return true;
@@ -236,6 +256,28 @@ std::optional<int> wait_for_key() {
   return std::nullopt;
 }
 
+// The text of a paste that has begun. One whose end does not come is over when nothing follows for a while,
+// or at a Ctrl/C that nothing follows, which stays a key.
+std::string read_paste() {
+  StandardInput& input = standard_input();
+  for (std::size_t searched = 0;;) {
+    const std::string_view bytes = input.unread();
+    const std::size_t end = bytes.find(kPasteEnd, searched);
+    const bool interrupted = bytes.ends_with(kInterrupt);
+    const bool goes_on = end == std::string_view::npos && !input.ended() &&
+                         input.wait(nullptr, interrupted ? kEscapeDelay : kPasteSilence) != 0 &&
+                         g_zan_pending_signal == 0;
+    if (!goes_on) {
+      std::string text(bytes.substr(0, end));
+      if (end == std::string_view::npos && interrupted) text.pop_back();
+      input.take(end != std::string_view::npos ? end + kPasteEnd.size() : text.size());
+      return text;
+    }
+    searched = bytes.size() - std::min(bytes.size(), kPasteEnd.size() - 1);
+    input.read_ahead();
+  }
+}
+
 } // namespace
 
 bool screen_was_started() { return screen().ncurses != nullptr; }
@@ -278,10 +320,23 @@ std::optional<int> read_key(const std::function<void()>& redraw) {
   ++screen().keys_asked_for;
   for (;;) {
     const auto key = wait_for_key();
+    if (key == kPasted) screen().pasted = read_paste();
     if (key != KEY_RESIZE) return key;
     redraw();
   }
 }
+
+void set_exact_paste(bool exact) {
+  Screen& state = screen();
+  if (exact == state.wants_exact_paste || !g_curses_active) return;
+  state.wants_exact_paste = exact;
+  const bool possible = screen_reads_terminal() && !capability("BE").empty() && !capability("BD").empty();
+  if ((exact && possible) == state.marks_pastes) return;
+  mark_pastes(exact);
+  prepare_crash_exit();
+}
+
+std::string take_pasted() { return std::exchange(screen().pasted, ""); }
 
 bool key_waiting() {
   StandardInput& input = standard_input();
@@ -335,7 +390,6 @@ bool repetition_interrupted() {
   if (!g_curses_active || !input.is_terminal() || now < state.next_check) return false;
   state.next_check = now + kBetweenChecks;
   input.read_ahead();
-  constexpr char kInterrupt = kCtrlC;
   return state.interrupted =
              input.lost_terminal() || input.unread().find(kInterrupt) != std::string_view::npos;
 }
@@ -354,10 +408,12 @@ void zan_safe_endwin() {
   // Without an alternate screen, line mode goes on in the lowest row.
   if (zan::capability("rmcup").empty()) zan::show_bottom_row({}, 0);
   endwin();
+  if (zan::screen().marks_pastes) zan::mark_pastes(false);
   if (zan::screen().sends_numeric_mode) zan::write_fully(STDOUT_FILENO, zan::kNumericKeypad);
   if (zan::output_is_cut_off()) { // some or all of that went to /dev/null
     zan::reconnect_output();
     zan::crash_exit().restore_terminal();
   }
+  if (std::exchange(zan::screen().wants_exact_paste, false)) zan::prepare_crash_exit();
   zan::screen().signals.restore();
 }

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 // What the rest of the program needs of ncurses, without including it.
 
@@ -43,7 +44,11 @@ class ScreenVisit {
 // Waits for the next key. Nothing when the input has ended, the terminal has gone, or a signal asks the
 // program to end. When the terminal's size changes, `redraw` is called and the wait continues.
 std::optional<int> read_key(const std::function<void()>& redraw);
-bool key_waiting(); // read_key would return at once, or within the escape delay
+// From now on a paste comes as one key, kPasted, if the terminal can mark where pastes begin and end; else as
+// the keys that its bytes are. That ends with the visit. Costs little when nothing changes.
+void set_exact_paste(bool exact);
+std::string take_pasted(); // the bytes of the last kPasted, as the terminal sent them
+bool key_waiting();        // read_key would return at once, or within the escape delay
 bool screen_input_ended();
 bool screen_reads_terminal(); // not a pipe or a file
 void discard_end_of_answer(); // if the next key ends an answer and has been typed already

@@ -254,7 +254,7 @@ def check_pages():
 
 
 def main():
-    words = [*commands(), *settings(), *qualifiers(), *range_words(), *other_words()]
+    words = [*show_words(), *commands(), *settings(), *qualifiers(), *range_words(), *other_words()]
     known = set(re.findall(r"\w+", " ".join(words))) | PLAIN_WORDS
     manual, card = read("docs/reference.md"), read("docs/reference-card.md")
     check_reference(manual, known)

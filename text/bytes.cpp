@@ -50,6 +50,21 @@ std::string joined(const std::vector<std::string>& parts, std::string_view separ
   return text;
 }
 
+std::string with_line_feeds(std::string_view text) {
+  std::string result;
+  result.reserve(text.size());
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') continue;
+    result += text[i] == '\r' ? '\n' : text[i];
+  }
+  return result;
+}
+
+std::string hexadecimal(char byte) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  return {kDigits[to_byte(byte) >> 4U], kDigits[to_byte(byte) & 15U]};
+}
+
 std::string counted(std::uint64_t count, std::string_view noun) {
   return std::to_string(count).append(" ").append(noun).append(count == 1 ? "" : "s");
 }

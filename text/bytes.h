@@ -36,6 +36,9 @@ std::string_view strip_optional_quotes(std::string_view text);
 std::string joined(const std::vector<std::string>& parts, std::string_view separator);
 std::string counted(std::uint64_t count, std::string_view noun); // "1 line", "2 lines"
 
+std::string with_line_feeds(std::string_view text); // for line ends of any kind
+std::string hexadecimal(char byte);                 // two digits
+
 // What stands on the two sides of a separator.
 struct Sides {
   std::string_view before;

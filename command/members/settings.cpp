@@ -82,6 +82,7 @@ constexpr auto kChoiceSettings = std::to_array<ChoiceSetting>({
      {"WPS", "NOWPS"},
      "?SET PARAGRAPH expects WPS|NOWPS\n",
      true},
+    {"PASTE", &Editor::pasting, "Paste", {"KEYS", "EXACT"}, "?SET PASTE expects KEYS|EXACT\n", true},
 });
 
 // SET SEARCH word: sets one flag and clears another.
@@ -176,6 +177,18 @@ void set_cursor(Editor& e, const std::string& arg, bool verbose) {
     e.say(verbose, "?SET CURSOR expects top bottom\n");
   }
   show_cursor(e, arg, verbose);
+}
+
+// Counted from one. On the screen the line goes to the message row.
+void show_position(Editor& e, const std::string&, bool verbose) {
+  const zan::LineStore& text = e.current.lines();
+  const std::uint64_t row = std::min(e.cursor_row, text.line_count() - 1);
+  const std::uint64_t at = text.line_start(row) + std::min(e.cursor_col, text.line_length(row));
+  const std::string column = std::to_string(at - text.line_start(row) + 1);
+  const std::string there =
+      at < text.line_end(row) ? "character " + zan::hexadecimal(text.byte_at(at)) : "end of line";
+  e.tell(verbose, "Line ", std::to_string(row + 1), " of ", std::to_string(text.line_count()), ", column ",
+         column, ", byte ", column, ", ", there);
 }
 
 void show_prompt(Editor& e, const std::string&, bool verbose) {
@@ -317,6 +330,7 @@ constexpr auto kOtherSettings = std::to_array<OtherSetting>({
     {"SHOW-HELP", show_help},
     {"SHOW-MODE", show_mode},
     {"SHOW-NUMBERS", show_numbers},
+    {"SHOW-POSITION", show_position},
     {"SHOW-PROMPT", show_prompt},
     {"SHOW-RMS", show_rms},
     {"SHOW-SEARCH", show_search},

@@ -1,6 +1,7 @@
 #include "app/editor.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "screen/terminal.h"
 #include "text/bytes.h"
@@ -47,6 +48,14 @@ void Editor::paste_text(const Text& text) {
   if (text.empty()) return;
   current.insert_text(cursor_row, cursor_col, apply_case_mode(text));
   maybe_wrap_line();
+}
+
+void Editor::insert_exactly(std::string_view pasted) {
+  if (std::exchange(count_pending, false)) status_message.clear();
+  repeat_count = 0;
+  if (pasted.empty()) return;
+  begin_undo_unit();
+  current.insert_text(cursor_row, cursor_col, Text::from_text(zan::with_line_feeds(pasted)));
 }
 
 void Editor::paste() { paste_text(paste_text_content()); }

@@ -292,6 +292,10 @@ bool repeat_gold(Editor& editor, int key, int count) {
 } // namespace
 
 bool Editor::handle_screen_key(int key) {
+  if (key == zan::kPasted) {
+    insert_exactly(zan::take_pasted());
+    return false;
+  }
   if (count_pending) {
     if (counts(*this, key)) {
       add_count_digit(*this, key - '0');
@@ -341,8 +345,8 @@ std::string Editor::key_debug_name(int key) const {
   if (key >= 1 && key <= 26) return zan::key_description(std::string("^") + static_cast<char>(key + 64), key);
   if (zan::is_printable(key))
     return zan::key_description(std::string("'") + static_cast<char>(key) + "'", key);
-  // keyname() would make up a name for kIgnored.
-  const char* name = key != zan::kIgnored ? keyname(key) : nullptr;
+  // keyname() would make up a name for the codes above.
+  const char* name = key < zan::kIgnored ? keyname(key) : nullptr;
   return zan::key_description(name != nullptr ? name : "?", key);
 }
 

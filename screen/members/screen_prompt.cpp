@@ -39,7 +39,7 @@ zan::TypedLine zan::read_screen_line(Editor& editor, std::string_view prompt, st
     const auto key = read_key(redraw);
     if (!key) return {};
     const bool ends_here = key == kCtrlZ && line.answer().empty() && screen_reads_terminal();
-    const auto outcome = line.type(*key);
+    const auto outcome = key == kPasted ? line.paste(take_pasted()) : line.type(*key);
     // A refused paste rings the bell once.
     const bool follows = std::exchange(refused, outcome == PromptEditor::Outcome::refused) && key_waiting();
     if (refused && !follows) screen_beep();

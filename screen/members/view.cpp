@@ -40,6 +40,7 @@ void Editor::adjust_view() {
 
 void Editor::draw_screen() {
   if (!g_curses_active) return;
+  zan::set_exact_paste(pasting == "EXACT");
   adjust_view();
   zan::ScreenView view = view_of(*this);
   view.width = zan::character_width();
