@@ -20,7 +20,7 @@ void restore_and_crash(int signal) {
 }
 
 // Bytes that a signal handler may send.
-class Sequence {
+class SignalBytes {
  public:
   void set(std::string_view bytes) {
     size_ = 0;
@@ -38,8 +38,8 @@ class Sequence {
   volatile std::sig_atomic_t size_ = 0;
 };
 
-Sequence g_before_stop;
-Sequence g_after_stop;
+SignalBytes g_before_stop;
+SignalBytes g_after_stop;
 void (*g_ncurses_stop)(int) = nullptr;
 
 void stop(int signal) {
