@@ -137,7 +137,7 @@ bool Substring::worth_fallback(std::size_t work, std::size_t passed) const {
 std::uint64_t Substring::places(const char* text, std::size_t count) const {
   const Bytes16 byte1 = Bytes16{} + first_.byte, fold1 = Bytes16{} + first_.fold;
   const Bytes16 byte2 = Bytes16{} + second_.byte, fold2 = Bytes16{} + second_.fold;
-  const auto lanes = [&](std::size_t i) {
+  const auto lanes = [&](std::size_t i) __attribute__((always_inline)) { // -O2 would call it
     const Bytes16 text1 = load(text + i + first_.at) | fold1, text2 = load(text + i + second_.at) | fold2;
     return reinterpret_cast<Bytes16>(either_ ? (text1 == byte1) | (text2 == byte2)
                                              : (text1 == byte1) & (text2 == byte2));
