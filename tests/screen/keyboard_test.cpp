@@ -34,6 +34,12 @@ KeyCase key_case(const std::string& term, const std::string& row) {
   std::string line;
   for (std::getline(lines, line, '/'); std::getline(lines, line, '/');) key.text.push_back(line);
   std::istringstream(fields[4]) >> key.row >> key.column;
+  if (fields[2] == "=" && key.message.empty() && key.row == 0 && key.column == 0) {
+    // Nothing is to be seen of such keys: what is typed behind them shows that they have been read.
+    key.keys += "~";
+    key.text.front().insert(0, "~");
+    key.column = 1;
+  }
   return key;
 }
 
