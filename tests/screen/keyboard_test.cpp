@@ -48,15 +48,15 @@ Tables read_tables() {
   std::string term;
   for (const std::string& line : lines_of_file("screen/keyboards.table")) {
     const auto [first, rest] = split_word(line);
-    if (first == "keys") {
+    if (line.find(" | ") != std::string::npos) {
+      tables.keys.push_back(key_case(term, line));
+    } else if (first == "keys") {
       term = rest;
     } else if (first == "keyboard") {
       std::istringstream words(rest);
       words >> tables.keyboards.emplace_back().first;
       for (std::string key, own; std::getline(words >> std::ws, key, '=') >> own;)
         tables.keyboards.back().second[key] = unescape(own);
-    } else {
-      tables.keys.push_back(key_case(term, line));
     }
   }
   return tables;
