@@ -9,7 +9,9 @@ namespace zan {
 
 namespace {
 
-constexpr std::size_t kLargestWrite = 1U << 30; // some systems refuse a count of 2 GiB or more
+// Some systems refuse a count of 2 GiB or more, and Linux takes several times as long for much more than
+// this.
+constexpr std::size_t kLargestWrite = 1U << 20;
 
 // For a descriptor that some program has made non-blocking.
 void wait_for_room(int descriptor) {
