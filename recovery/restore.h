@@ -15,9 +15,8 @@ namespace zan {
 struct RecordedSession {
   std::uint64_t started = 0; // seconds since 1970
   std::vector<NamedText> texts;
-  std::vector<std::string>
-      lost_files;      // that are not as they were; what stood in them is missing in the texts
-  bool failed = false; // some text cannot be made of what the file says
+  std::vector<std::string> lost_files; // not as they were: what stood in them is missing in the texts
+  bool failed = false;                 // some text cannot be made of what the file says
 };
 
 // The texts as they were recorded last in a file that holds `bytes`. Nothing where no state is whole: the

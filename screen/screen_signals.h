@@ -41,7 +41,7 @@ CrashExit& crash_exit();
 class ScreenSignals {
  public:
   void install();
-  void adopt_ncurses_stop(); // once ncurses has been started
+  void adopt_ncurses_stop(); // whenever ncurses has been started
   void install_ncurses_stop() const;
   void restore();
   // What is sent, besides what ncurses sends, before the program stops and when it goes on; short.

@@ -165,6 +165,7 @@ bool start_screen() {
   if (const ScreenSize size = terminal_size(); size != within_limits(size)) use_env(FALSE);
   state.ncurses = newterm(nullptr, stdout, stdin);
   if (state.ncurses == nullptr) return false;
+  state.signals.adopt_ncurses_stop(); // ncurses installs it only once, also for a terminal that will not do
   if (!capability("cup").empty()) return true;
   endwin();
   delscreen(std::exchange(state.ncurses, nullptr));
@@ -185,7 +186,6 @@ bool start_ncurses() {
     state.signals.restore();
     return false;
   }
-  state.signals.adopt_ncurses_stop();
   state.terminal = terminal_name();
   suspend_unseen();
   set_modes();
