@@ -41,13 +41,13 @@ class SessionReader {
     }
   }
 
-  std::optional<RecordedSession> session() {
+  std::optional<RecordedSession> session(const NamedText& loaded) {
     if (!state_) return std::nullopt;
     RecordedSession session;
     session.started = started_;
     std::vector<const LineStore*> texts;
     for (Base& base : bases_) {
-      if (is_there(base)) base.text = load(base);
+      if (is_there(base)) base.text = text_of(base, loaded);
       texts.push_back(base.text ? &*base.text : nullptr);
     }
     TextBuilder builder(reader_, texts);
@@ -120,11 +120,15 @@ class SessionReader {
     return found == base.state;
   }
 
-  static std::optional<LineStore> load(const Base& base) {
-    auto loaded = load_file(base.path);
-    const bool same = loaded && loaded->lines.byte_count() == base.bytes &&
-                      loaded->lines.line_count() == base.lines && digest_of(loaded->lines) == base.digest;
-    return same ? std::optional(std::move(loaded->lines)) : std::nullopt;
+  static bool is_text_of(const Base& base, const LineStore& text) {
+    return text.byte_count() == base.bytes && text.line_count() == base.lines &&
+           digest_of(text) == base.digest;
+  }
+
+  static std::optional<LineStore> text_of(const Base& base, const NamedText& loaded) {
+    if (base.path == loaded.name && is_text_of(base, loaded.text)) return loaded.text;
+    auto found = load_file(base.path);
+    return found && is_text_of(base, found->lines) ? std::optional(std::move(found->lines)) : std::nullopt;
   }
 
   std::uint64_t started_ = 0;
@@ -152,19 +156,19 @@ std::optional<std::string> read_all(int descriptor) {
   return bytes;
 }
 
-SessionReport restore(const FoundSession& found, const LineStore& on_disk, const CopyText& write_copy) {
+SessionReport restore(const FoundSession& found, const NamedText& on_disk, const CopyText& write_copy) {
   SessionReport report;
   report.process = found.process;
   const auto bytes = read_all(found.file.get());
   const bool understood =
       bytes && kRecoveryFileStart.starts_with(bytes->substr(0, kRecoveryFileStart.size()));
   if (!understood) return report; // of another version, or nobody's: it stays
-  if (const auto session = read_session(*bytes)) {
+  if (const auto session = read_session(*bytes, on_disk)) {
     report.started = session->started;
     report.lost_files = session->lost_files;
     report.damaged = session->failed;
     for (const auto& text : session->texts) {
-      if (text.text.empty() || (text.name == "MAIN" && text.text == on_disk)) continue;
+      if (text.text.empty() || (text.name == "MAIN" && text.text == on_disk.text)) continue;
       auto copy = write_copy(text.name, text.text);
       if (copy) report.copies.push_back(std::move(*copy));
       else report.failed = true;
@@ -186,10 +190,10 @@ bool is_another_session(const std::string& process) {
 
 } // namespace
 
-std::optional<RecordedSession> read_session(std::string_view bytes) {
+std::optional<RecordedSession> read_session(std::string_view bytes, const NamedText& loaded) {
   SessionReader reader;
   reader.read(bytes);
-  return reader.session();
+  return reader.session(loaded);
 }
 
 std::vector<SessionReport> restore_sessions(const std::string& path, const LineStore& on_disk,
@@ -199,7 +203,7 @@ std::vector<SessionReport> restore_sessions(const std::string& path, const LineS
     SessionReport report;
     report.process = found.process;
     report.lives = !found.file;
-    if (found.file) report = restore(found, on_disk, write_copy);
+    if (found.file) report = restore(found, {absolute_path(path), on_disk}, write_copy);
     else if (!is_another_session(found.process)) continue;
     if (report.lives || report.failed || !report.copies.empty() || report.damaged ||
         !report.lost_files.empty())

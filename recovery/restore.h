@@ -21,7 +21,8 @@ struct RecordedSession {
 
 // The texts as they were recorded last in a file that holds `bytes`. Nothing where no state is whole: the
 // file is torn, damaged, or something else.
-std::optional<RecordedSession> read_session(std::string_view bytes);
+// `loaded` is a file's text, by its absolute path, that need not be loaded again.
+std::optional<RecordedSession> read_session(std::string_view bytes, const NamedText& loaded = {});
 
 struct SessionReport {
   std::string process;             // in digits, as the file's name tells it

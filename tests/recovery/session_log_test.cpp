@@ -159,9 +159,11 @@ TEST_F(LongFile, WhatIsNoLongerOnTheDiskIsWrittenWhole) {
 }
 
 TEST_F(LongFile, AFileThatHasChangedIsSaidToBeMissing) {
+  const NamedText loaded{absolute_path(dir / "f"), lines};
   lines.insert_text(10, "typed\n");
   record(log, {{"MAIN", lines}, {"PASTE", LineStore::from_text("all of it")}});
   const std::string recorded = read_file(session_file(dir));
+  EXPECT_TRUE(same(read_session(recorded, loaded)->texts, texts_in(recorded)));
   std::string changed = read_file(dir / "f");
   changed[1'000'000] = '!';
   write_file(dir / "f", changed);
